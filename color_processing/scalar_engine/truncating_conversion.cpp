@@ -1,0 +1,29 @@
+#include "truncating_conversion.hpp"
+
+#if !defined(__i386__)
+#error "The scalar engine relies on the x87 unit of a 32-bit x86 build."
+#endif
+
+namespace {
+
+constexpr uint16_t rounding_control_toward_zero = 0x0C00;
+
+}  // namespace
+
+// Kept out of line so that every kernel shares one placement of the control-word loads.
+__attribute__((noinline)) void convert_to_int32_truncating(const double* values, int32_t* results,
+                                                           int count)
+{
+    uint16_t saved_control_word;
+    asm volatile("fnstcw %0" : "=m"(saved_control_word));
+    const uint16_t truncating_control_word = saved_control_word | rounding_control_toward_zero;
+    asm volatile("fldcw %0" : : "m"(truncating_control_word));
+    // With the invalid-operation exception masked (the default), fistp stores the integer
+    // indefinite 0x80000000 for NaN and out-of-range values.
+    for (int k = 0; k < count; ++k) {
+        int32_t result;
+        asm volatile("fistpl %0" : "=m"(result) : "t"(values[k]) : "st");
+        results[k] = result;
+    }
+    asm volatile("fldcw %0" : : "m"(saved_control_word));
+}
