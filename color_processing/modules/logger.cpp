@@ -1,0 +1,3 @@
+#include "modules/logger.hpp"
+
+unique_ptr_reference_counted<Xvr_log_object> logger;

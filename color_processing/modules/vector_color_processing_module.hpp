@@ -1,0 +1,41 @@
+// Binding to one vector library (SSE or AVX2 class). A library that is missing, lacks an entry
+// point or refuses to initialise leaves the binding marked failed rather than reporting an
+// error: transforms then fall back to the other library or to the scalar path.
+#pragma once
+
+#include "scalar_engine/transform_arguments.hpp"
+
+class Vector_color_processing_module {
+public:
+    using Initialize_function = int (*)();
+    // Each transform entry point processes pixels 0, 1, ... of the record and returns the index
+    // of the first pixel it left undone.
+    using Transform_8_bit_output_function = int (*)(const Transform_arguments<unsigned char>*);
+    using Transform_16_bit_output_function = int (*)(const Transform_arguments<unsigned short>*);
+    using Terminate_function = void (*)();
+
+    // Loads "lib<library_name>.so", binds the four entry points in argument order and runs the
+    // library's initialisation; logs nothing.
+    Vector_color_processing_module(const char* library_name, const char* initialize_name,
+                                   const char* transform_8_bit_output_name,
+                                   const char* transform_16_bit_output_name,
+                                   const char* terminate_name);
+
+    // Terminates the library whenever its terminate entry point was bound, also after a failed
+    // initialisation, then closes it.
+    ~Vector_color_processing_module();
+
+    Vector_color_processing_module(const Vector_color_processing_module&) = delete;
+    Vector_color_processing_module& operator=(const Vector_color_processing_module&) = delete;
+
+    void* m_library_handle = nullptr;
+    bool m_failed = false;  // never reset once set
+    Initialize_function m_initialize = nullptr;
+    Transform_8_bit_output_function m_transform_8_bit_output = nullptr;
+    Transform_16_bit_output_function m_transform_16_bit_output = nullptr;
+    Terminate_function m_terminate = nullptr;
+
+private:
+    bool bind_entry_points(const char* initialize_name, const char* transform_8_bit_output_name,
+                           const char* transform_16_bit_output_name, const char* terminate_name);
+};

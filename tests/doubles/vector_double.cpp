@@ -1,0 +1,85 @@
+// Stand-in for a vector library, built once as the SSE one and once as the AVX2 one
+// (NQ_VECTOR_KIND sse or avx2). It writes no pixel: it records the record it was handed and
+// answers the index a test chose, so that the scalar path's share shows in the output.
+// Settings (probe keys, <kind> being sse or avx2):
+//   <kind>.initialize_result   what initialize returns (0: ready)
+//   <kind>.initialize_throws   initialize throws std::runtime_error
+//   <kind>.transform_result    what both transform entry points return
+//   <kind>.transform_throws    both transform entry points throw std::runtime_error
+// Built in a variant that lacks the 16-bit-output entry point (NQ_WITHOUT_TRANSFORM_16).
+#include "companion_probe.h"
+
+#include "scalar_engine/transform_arguments.hpp"
+
+#include <stdexcept>
+#include <string>
+
+#define NQ_STRING(x) NQ_STRING_IMPL(x)
+#define NQ_STRING_IMPL(x) #x
+#define NQ_ENTRY(prefix, suffix) NQ_ENTRY_IMPL(prefix, NQ_VECTOR_KIND, suffix)
+#define NQ_ENTRY_IMPL(prefix, kind, suffix) NQ_ENTRY_PASTE(prefix, kind, suffix)
+#define NQ_ENTRY_PASTE(prefix, kind, suffix) prefix##kind##suffix
+
+namespace {
+
+const char* const kind = NQ_STRING(NQ_VECTOR_KIND);
+
+std::string key(const char* name)
+{
+    return std::string(kind) + "." + name;
+}
+
+template <typename T>
+int answer(const Transform_arguments<T>& record, const char* entry, const char* record_key)
+{
+    nq_probe_event("%s.%s %d", kind, entry, record.pixel_count);
+    nq_probe_keep_bytes(key(record_key).c_str(), &record, sizeof record);
+    if (nq_probe_setting(key("transform_throws").c_str(), 0)) {
+        throw std::runtime_error("vector unit fault");
+    }
+    return nq_probe_setting(key("transform_result").c_str(), 0);
+}
+
+}  // namespace
+
+extern "C" {
+
+int NQ_ENTRY(nq_color_processing_vector_, _module_initialize)()
+{
+    nq_probe_event("%s.initialize", kind);
+    if (nq_probe_setting(key("initialize_throws").c_str(), 0)) {
+        throw std::runtime_error("vector unit unavailable");
+    }
+    return nq_probe_setting(key("initialize_result").c_str(), 0);
+}
+
+int NQ_ENTRY(nq_color_processing_transform_8_bit_output_vector_, )(
+    const Transform_arguments<unsigned char>* record)
+{
+    return answer(*record, "transform_8", "record_8");
+}
+
+#ifndef NQ_WITHOUT_TRANSFORM_16
+int NQ_ENTRY(nq_color_processing_transform_16_bit_output_vector_, )(
+    const Transform_arguments<unsigned short>* record)
+{
+    return answer(*record, "transform_16", "record_16");
+}
+#endif
+
+void NQ_ENTRY(nq_color_processing_vector_, _module_terminate)()
+{
+    nq_probe_event("%s.terminate", kind);
+}
+
+}  // extern "C"
+
+__attribute__((constructor)) static void announce_load()
+{
+    nq_probe_event("%s.loaded", kind);
+}
+
+__attribute__((destructor)) static void announce_unload()
+{
+    nq_probe_event("%s.unloaded", kind);
+}
