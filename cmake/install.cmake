@@ -1,0 +1,123 @@
+# Installation of the colour-processing library, its two companion libraries, their public
+# headers, a pkg-config file per library and a CMake package.
+#
+# Components:
+#   Runtime      what a host needs to run: the versioned libraries, their SONAME links, and the
+#                companions' unversioned names, which the colour-processing library opens at
+#                run time by exactly those names.
+#   Development  what a host needs to build: headers, the core's unversioned link, pkg-config
+#                files and the CMake package.
+#
+# The colour-processing library carries no run-time search path, so the libraries must go to a
+# directory that the dynamic loader searches. On Debian that is the multiarch directory:
+# <prefix>/lib/i386-linux-gnu is listed in /etc/ld.so.conf.d/i386-linux-gnu.conf for the
+# prefixes /usr and /usr/local (run ldconfig after installing into /usr/local).
+
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(NQ_PACKAGE_NAME corvane_xvr_color_processing)
+
+# GNUInstallDirs picks lib/i386-linux-gnu only for the prefix /usr; the same directory is the
+# one the loader searches under /usr/local, so it is used for every prefix on Debian.
+set(nq_multiarch_default OFF)
+if(CMAKE_LIBRARY_ARCHITECTURE AND EXISTS "/etc/debian_version")
+    set(nq_multiarch_default ON)
+endif()
+option(CORVANE_XVR_INSTALL_MULTIARCH
+    "Install libraries into lib/<multiarch> when CMAKE_INSTALL_LIBDIR is plain lib"
+    ${nq_multiarch_default})
+set(NQ_INSTALL_LIBDIR "${CMAKE_INSTALL_LIBDIR}")
+if(CORVANE_XVR_INSTALL_MULTIARCH AND CMAKE_LIBRARY_ARCHITECTURE
+   AND CMAKE_INSTALL_LIBDIR STREQUAL "lib")
+    set(NQ_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}")
+endif()
+set(NQ_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}")
+set(NQ_INSTALL_CMAKEDIR "${NQ_INSTALL_LIBDIR}/cmake/${NQ_PACKAGE_NAME}")
+set(NQ_INSTALL_STAGING_DIR "${CMAKE_BINARY_DIR}/install_staging")
+
+# Libraries and headers -------------------------------------------------------------------
+
+# target | public header | component of its unversioned link
+set(nq_installed_libraries
+    "corvane_xvr_color_processing|${PROJECT_SOURCE_DIR}/include/corvane_xvr_color_processing.h|Development"
+    "corvane_xvr_LUT|${PROJECT_SOURCE_DIR}/companions/lut/include/corvane_xvr_LUT.h|Runtime"
+    "corvane_xvr_logger|${PROJECT_SOURCE_DIR}/companions/logger/include/corvane_xvr_logger.h|Runtime")
+
+set(NQ_INSTALLED_TARGETS "")
+foreach(entry ${nq_installed_libraries})
+    string(REPLACE "|" ";" fields "${entry}")
+    list(GET fields 0 target)
+    list(GET fields 1 header)
+    list(GET fields 2 namelink_component)
+    if(NOT TARGET ${target})
+        continue()
+    endif()
+    install(TARGETS ${target}
+        LIBRARY DESTINATION "${NQ_INSTALL_LIBDIR}"
+            COMPONENT Runtime
+            NAMELINK_COMPONENT ${namelink_component})
+    install(FILES "${header}" DESTINATION "${NQ_INSTALL_INCLUDEDIR}" COMPONENT Development)
+    list(APPEND NQ_INSTALLED_TARGETS ${target})
+endforeach()
+
+# pkg-config files ------------------------------------------------------------------------
+# Written at install time, so that the prefix given to `cmake --install --prefix` is the one
+# they name. The first pass fills in everything else and keeps @NQ_PC_PREFIX@ for the second.
+
+function(nq_install_pkg_config_file target description)
+    set(NQ_PC_PREFIX "@NQ_PC_PREFIX@")
+    set(NQ_PC_NAME "${target}")
+    set(NQ_PC_DESCRIPTION "${description}")
+    get_target_property(NQ_PC_VERSION ${target} VERSION)
+    set(NQ_PC_LIBDIR "${NQ_INSTALL_LIBDIR}")
+    set(NQ_PC_INCLUDEDIR "${NQ_INSTALL_INCLUDEDIR}")
+    set(staged "${NQ_INSTALL_STAGING_DIR}/${target}.pc.in")
+    set(generated "${NQ_INSTALL_STAGING_DIR}/${target}.pc")
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/corvane_xvr_library.pc.in" "${staged}" @ONLY)
+    install(CODE "
+        set(NQ_PC_PREFIX \"\${CMAKE_INSTALL_PREFIX}\")
+        configure_file(\"${staged}\" \"${generated}\" @ONLY)"
+        COMPONENT Development)
+    install(FILES "${generated}" DESTINATION "${NQ_INSTALL_LIBDIR}/pkgconfig" COMPONENT Development)
+endfunction()
+
+set(nq_description_corvane_xvr_color_processing
+    "Colour correction of 48-bit pixels with look-up tables and a colour matrix (32-bit x86)")
+set(nq_description_corvane_xvr_LUT "Look-up tables of the corvane_xvr family (32-bit x86)")
+set(nq_description_corvane_xvr_logger "Log records of the corvane_xvr family (32-bit x86)")
+foreach(target ${NQ_INSTALLED_TARGETS})
+    nq_install_pkg_config_file(${target} "${nq_description_${target}}")
+endforeach()
+
+# CMake package ---------------------------------------------------------------------------
+# Written by hand rather than exported: the package only needs the library files and the
+# include directory, and it stays relocatable through PACKAGE_PREFIX_DIR.
+
+set(NQ_PACKAGE_IMPORTS "")
+foreach(target ${NQ_INSTALLED_TARGETS})
+    get_target_property(version ${target} VERSION)
+    get_target_property(soversion ${target} SOVERSION)
+    set(file_name "${CMAKE_SHARED_LIBRARY_PREFIX}${target}${CMAKE_SHARED_LIBRARY_SUFFIX}")
+    string(APPEND NQ_PACKAGE_IMPORTS
+        "_corvane_xvr_import_library(${target} \"${file_name}.${version}\" \"${file_name}.${soversion}\")\n")
+endforeach()
+
+if(NQ_INSTALLED_TARGETS)
+    configure_package_config_file(
+        "${PROJECT_SOURCE_DIR}/cmake/${NQ_PACKAGE_NAME}Config.cmake.in"
+        "${NQ_INSTALL_STAGING_DIR}/${NQ_PACKAGE_NAME}Config.cmake"
+        INSTALL_DESTINATION "${NQ_INSTALL_CMAKEDIR}"
+        PATH_VARS NQ_INSTALL_LIBDIR NQ_INSTALL_INCLUDEDIR)
+    # The version file also refuses a consumer whose pointers are not 4 bytes: a 64-bit build
+    # cannot link these libraries.
+    write_basic_package_version_file(
+        "${NQ_INSTALL_STAGING_DIR}/${NQ_PACKAGE_NAME}ConfigVersion.cmake"
+        VERSION "${PROJECT_VERSION}"
+        COMPATIBILITY SameMajorVersion)
+    install(FILES
+        "${NQ_INSTALL_STAGING_DIR}/${NQ_PACKAGE_NAME}Config.cmake"
+        "${NQ_INSTALL_STAGING_DIR}/${NQ_PACKAGE_NAME}ConfigVersion.cmake"
+        DESTINATION "${NQ_INSTALL_CMAKEDIR}"
+        COMPONENT Development)
+endif()
