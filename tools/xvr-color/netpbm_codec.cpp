@@ -1,0 +1,323 @@
+#include "netpbm_codec.hpp"
+
+#include "tool_error.hpp"
+
+#include <cctype>
+
+namespace xvr_color {
+
+namespace {
+
+// Walks the text header of a netpbm file; the raster that follows is read by position.
+class Header_reader {
+public:
+    Header_reader(const std::vector<std::uint8_t>& bytes, const std::string& name)
+        : m_bytes(bytes), m_name(name)
+    {
+    }
+
+    std::size_t position() const { return m_position; }
+
+    // A whitespace-separated token of the PPM header; comments run from '#' to the line end.
+    std::string next_ppm_token()
+    {
+        skip_blanks_and_comments();
+        std::string token;
+        while (m_position < m_bytes.size() && !is_blank(m_bytes[m_position]) &&
+               m_bytes[m_position] != '#') {
+            token += static_cast<char>(m_bytes[m_position++]);
+        }
+        if (token.empty()) {
+            throw Tool_error(m_name + " is truncated: its header ends early");
+        }
+        return token;
+    }
+
+    // The PPM header ends with exactly one whitespace character before the raster.
+    void skip_single_blank()
+    {
+        if (m_position >= m_bytes.size()) {
+            throw Tool_error(m_name + " is truncated: no pixel data after the header");
+        }
+        if (!is_blank(m_bytes[m_position])) {
+            throw Tool_error(m_name + " is malformed: the header is not followed by a blank");
+        }
+        ++m_position;
+    }
+
+    // One line of a PAM header, without its newline; throws when the file ends before it.
+    std::string next_line()
+    {
+        if (m_position >= m_bytes.size()) {
+            throw Tool_error(m_name + " is truncated: its header has no ENDHDR line");
+        }
+        std::string line;
+        while (m_position < m_bytes.size() && m_bytes[m_position] != '\n') {
+            line += static_cast<char>(m_bytes[m_position++]);
+        }
+        if (m_position < m_bytes.size()) {
+            ++m_position;
+        }
+        return line;
+    }
+
+private:
+    static bool is_blank(std::uint8_t c) { return std::isspace(c) != 0; }
+
+    void skip_blanks_and_comments()
+    {
+        while (m_position < m_bytes.size()) {
+            if (is_blank(m_bytes[m_position])) {
+                ++m_position;
+            } else if (m_bytes[m_position] == '#') {
+                while (m_position < m_bytes.size() && m_bytes[m_position] != '\n') {
+                    ++m_position;
+                }
+            } else {
+                break;
+            }
+        }
+    }
+
+    const std::vector<std::uint8_t>& m_bytes;
+    const std::string& m_name;
+    std::size_t m_position = 0;
+};
+
+struct Raster_layout {
+    std::uint64_t width = 0;
+    std::uint64_t height = 0;
+    std::uint64_t maxval = 0;
+};
+
+// A header token as it may be quoted in a message: binary bytes of a damaged file would make
+// the message unreadable.
+std::string printable(const std::string& token)
+{
+    std::string text;
+    for (char c : token.substr(0, 24)) {
+        text += std::isprint(static_cast<unsigned char>(c)) ? c : '?';
+    }
+    return token.size() > 24 ? text + "..." : text;
+}
+
+std::uint64_t parse_header_number(const std::string& token, const char* field,
+                                  const std::string& name)
+{
+    const std::string not_a_number =
+        name + " is malformed: " + field + " '" + printable(token) + "' is not a number";
+    if (token.empty() || token.size() > 9) {
+        throw Tool_error(not_a_number);
+    }
+    std::uint64_t value = 0;
+    for (char c : token) {
+        if (c < '0' || c > '9') {
+            throw Tool_error(not_a_number);
+        }
+        value = value * 10 + static_cast<std::uint64_t>(c - '0');
+    }
+    return value;
+}
+
+void check_maxval(std::uint64_t maxval, const std::string& name)
+{
+    if (maxval == 0) {
+        throw Tool_error(name + " is malformed: its maxval is 0");
+    }
+    if (maxval > 65535) {
+        throw Tool_error(name + " has an unsupported bit depth: maxval " +
+                         std::to_string(maxval) + " is above 65535 (16 bits)");
+    }
+}
+
+// The netpbm kinds this tool does not read, each with what to do about it.
+std::string reject_other_netpbm(char kind, const std::string& name)
+{
+    const std::string rgb_only = "; xvr-color reads RGB images (PPM P6 or PAM with DEPTH 3)";
+    switch (kind) {
+    case '1':
+    case '4':
+        return name + " has an unsupported channel count: it is a bitmap (1 channel)" + rgb_only;
+    case '2':
+    case '5':
+        return name + " has an unsupported channel count: it is greyscale (1 channel)" + rgb_only;
+    default:
+        return name + " is a plain-text PPM (P3), which is not supported; convert it to binary P6";
+    }
+}
+
+Raster_layout read_ppm_header(Header_reader& reader, const std::string& name)
+{
+    reader.next_ppm_token(); // "P6", checked by the caller
+    Raster_layout layout;
+    layout.width = parse_header_number(reader.next_ppm_token(), "width", name);
+    layout.height = parse_header_number(reader.next_ppm_token(), "height", name);
+    layout.maxval = parse_header_number(reader.next_ppm_token(), "maxval", name);
+    reader.skip_single_blank();
+    return layout;
+}
+
+std::string first_word(const std::string& line, std::string& rest)
+{
+    std::size_t begin = line.find_first_not_of(" \t\r");
+    if (begin == std::string::npos) {
+        rest.clear();
+        return "";
+    }
+    std::size_t end = line.find_first_of(" \t\r", begin);
+    std::string word = line.substr(begin, end == std::string::npos ? std::string::npos : end - begin);
+    std::size_t rest_begin = end == std::string::npos ? std::string::npos
+                                                      : line.find_first_not_of(" \t\r", end);
+    rest = rest_begin == std::string::npos ? "" : line.substr(rest_begin);
+    while (!rest.empty() && (rest.back() == ' ' || rest.back() == '\t' || rest.back() == '\r')) {
+        rest.pop_back();
+    }
+    return word;
+}
+
+Raster_layout read_pam_header(Header_reader& reader, const std::string& name)
+{
+    reader.next_line(); // "P7", checked by the caller
+    Raster_layout layout;
+    std::uint64_t depth = 0;
+    std::string tuple_type;
+    bool has_width = false, has_height = false, has_depth = false, has_maxval = false;
+    for (;;) {
+        std::string value;
+        std::string key = first_word(reader.next_line(), value);
+        if (key.empty() || key[0] == '#') {
+            continue;
+        }
+        if (key == "ENDHDR") {
+            break;
+        }
+        if (key == "WIDTH") {
+            layout.width = parse_header_number(value, "WIDTH", name);
+            has_width = true;
+        } else if (key == "HEIGHT") {
+            layout.height = parse_header_number(value, "HEIGHT", name);
+            has_height = true;
+        } else if (key == "DEPTH") {
+            depth = parse_header_number(value, "DEPTH", name);
+            has_depth = true;
+        } else if (key == "MAXVAL") {
+            layout.maxval = parse_header_number(value, "MAXVAL", name);
+            has_maxval = true;
+        } else if (key == "TUPLTYPE") {
+            tuple_type += tuple_type.empty() ? value : " " + value;
+        } else {
+            throw Tool_error(name + " is malformed: unknown PAM header line '" + printable(key) +
+                             "'");
+        }
+    }
+    if (!has_width || !has_height || !has_depth || !has_maxval) {
+        throw Tool_error(name + " is malformed: its PAM header lacks WIDTH, HEIGHT, DEPTH or MAXVAL");
+    }
+    if (depth != 3) {
+        throw Tool_error(name + " has an unsupported channel count: DEPTH " +
+                         std::to_string(depth) +
+                         (tuple_type.empty() ? "" : " (" + tuple_type + ")") +
+                         "; xvr-color reads RGB images with 3 channels");
+    }
+    return layout;
+}
+
+std::uint16_t rescale_to_16_bits(std::uint32_t value, std::uint32_t maxval)
+{
+    return static_cast<std::uint16_t>((std::uint64_t(value) * 65535u + maxval / 2) / maxval);
+}
+
+Image read_raster(const std::vector<std::uint8_t>& bytes, std::size_t offset,
+                  const Raster_layout& layout, const std::string& name)
+{
+    check_maxval(layout.maxval, name);
+    check_image_size(layout.width, layout.height, name);
+    const std::uint64_t bytes_per_sample = layout.maxval < 256 ? 1 : 2;
+    const std::uint64_t sample_count = layout.width * layout.height * 3;
+    const std::uint64_t needed = sample_count * bytes_per_sample;
+    const std::uint64_t available = bytes.size() - offset;
+    if (available < needed) {
+        throw Tool_error(name + " is truncated: it holds " + std::to_string(available) + " of " +
+                         std::to_string(needed) + " bytes of pixel data");
+    }
+    const std::uint32_t maxval = static_cast<std::uint32_t>(layout.maxval);
+    const bool keep_as_is = maxval == 255 || maxval == 65535;
+    Image image;
+    image.width = static_cast<std::uint32_t>(layout.width);
+    image.height = static_cast<std::uint32_t>(layout.height);
+    image.sample_bits = maxval == 255 ? 8 : 16;
+    image.samples.resize(static_cast<std::size_t>(sample_count));
+    const std::uint8_t* raster = bytes.data() + offset;
+    for (std::size_t i = 0; i < image.samples.size(); ++i) {
+        std::uint32_t value = bytes_per_sample == 1
+                                  ? raster[i]
+                                  : (std::uint32_t(raster[2 * i]) << 8) | raster[2 * i + 1];
+        if (value > maxval) {
+            throw Tool_error(name + " is malformed: sample " + std::to_string(i) + " is " +
+                             std::to_string(value) + ", above its maxval " +
+                             std::to_string(maxval));
+        }
+        image.samples[i] = keep_as_is ? static_cast<std::uint16_t>(value)
+                                      : rescale_to_16_bits(value, maxval);
+    }
+    return image;
+}
+
+std::vector<std::uint8_t> encode_raster(const Image& image, const std::string& header)
+{
+    const std::size_t bytes_per_sample = image.sample_bits == 8 ? 1 : 2;
+    std::vector<std::uint8_t> bytes(header.begin(), header.end());
+    bytes.reserve(header.size() + image.samples.size() * bytes_per_sample);
+    for (std::uint16_t sample : image.samples) {
+        if (bytes_per_sample == 2) {
+            bytes.push_back(static_cast<std::uint8_t>(sample >> 8));
+        }
+        bytes.push_back(static_cast<std::uint8_t>(sample & 0xff));
+    }
+    return bytes;
+}
+
+std::string maxval_of(const Image& image)
+{
+    return image.sample_bits == 8 ? "255" : "65535";
+}
+
+} // namespace
+
+bool looks_like_netpbm(const std::vector<std::uint8_t>& bytes)
+{
+    return bytes.size() >= 2 && bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '7';
+}
+
+Image decode_netpbm(const std::vector<std::uint8_t>& bytes, const std::string& name)
+{
+    if (!looks_like_netpbm(bytes)) {
+        throw Tool_error(name + " is not a PPM or PAM file");
+    }
+    const char kind = static_cast<char>(bytes[1]);
+    Header_reader reader(bytes, name);
+    if (kind == '6') {
+        Raster_layout layout = read_ppm_header(reader, name);
+        return read_raster(bytes, reader.position(), layout, name);
+    }
+    if (kind == '7') {
+        Raster_layout layout = read_pam_header(reader, name);
+        return read_raster(bytes, reader.position(), layout, name);
+    }
+    throw Tool_error(reject_other_netpbm(kind, name));
+}
+
+std::vector<std::uint8_t> encode_ppm(const Image& image)
+{
+    return encode_raster(image, "P6\n" + std::to_string(image.width) + " " +
+                                    std::to_string(image.height) + "\n" + maxval_of(image) + "\n");
+}
+
+std::vector<std::uint8_t> encode_pam(const Image& image)
+{
+    return encode_raster(image, "P7\nWIDTH " + std::to_string(image.width) + "\nHEIGHT " +
+                                    std::to_string(image.height) + "\nDEPTH 3\nMAXVAL " +
+                                    maxval_of(image) + "\nTUPLTYPE RGB\nENDHDR\n");
+}
+
+} // namespace xvr_color

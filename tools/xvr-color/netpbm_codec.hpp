@@ -1,0 +1,25 @@
+// Reading and writing of the binary netpbm formats that hold RGB: PPM ("P6", maxval 1..65535)
+// and PAM ("P7" with DEPTH 3). Samples of maxval 255 and 65535 are kept as they are; any other
+// maxval is rescaled to 16 bits with rounding, so that the library always sees full-range data.
+#pragma once
+
+#include "image.hpp"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace xvr_color {
+
+// True when the bytes begin like a PPM or PAM file of any kind ("P1" to "P7").
+bool looks_like_netpbm(const std::vector<std::uint8_t>& bytes);
+
+// Decodes a P6 or P7 file; `name` is used in error messages. Throws Tool_error for a truncated
+// or malformed file, a channel count other than 3 and a maxval outside 1..65535.
+Image decode_netpbm(const std::vector<std::uint8_t>& bytes, const std::string& name);
+
+// Encode with maxval 255 (8-bit samples) or 65535 (16-bit samples, big-endian).
+std::vector<std::uint8_t> encode_ppm(const Image& image);
+std::vector<std::uint8_t> encode_pam(const Image& image);
+
+} // namespace xvr_color

@@ -1,0 +1,28 @@
+// Reading and writing of RGB PNG files with 8- or 16-bit samples, through lodepng. A build
+// without lodepng still compiles this interface; its calls then report that PNG support is
+// missing and how to get it.
+#pragma once
+
+#include "image.hpp"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace xvr_color {
+
+// Throws Tool_error, saying how to get PNG support, when this build cannot read and write PNG.
+void require_png_support();
+
+// True when the bytes begin with the PNG signature.
+bool looks_like_png(const std::vector<std::uint8_t>& bytes);
+
+// Decodes an RGB PNG of 8 or 16 bits per sample; `name` is used in error messages. Throws
+// Tool_error for a damaged or truncated file, a bit depth other than 8 and 16 and a colour type
+// other than RGB (grey, grey with alpha, RGBA and palette images are refused).
+Image decode_png(const std::vector<std::uint8_t>& bytes, const std::string& name);
+
+// Encodes an RGB PNG with the image's sample depth (8 or 16 bits).
+std::vector<std::uint8_t> encode_png(const Image& image);
+
+} // namespace xvr_color

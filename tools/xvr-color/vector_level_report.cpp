@@ -1,0 +1,98 @@
+#include "vector_level_report.hpp"
+
+#include "tool_error.hpp"
+
+#include <cpuid.h>
+#include <dlfcn.h>
+
+namespace xvr_color {
+
+namespace {
+
+constexpr const char* sse_library_file = "libcorvane_xvr_color_processing_vector_sse.so";
+constexpr const char* avx2_library_file = "libcorvane_xvr_color_processing_vector_avx2.so";
+
+bool is_loaded(const char* file_name)
+{
+    void* handle = dlopen(file_name, RTLD_LAZY | RTLD_NOLOAD);
+    if (handle == nullptr) {
+        return false;
+    }
+    dlclose(handle);
+    return true;
+}
+
+const char* level_name(int level)
+{
+    switch (level) {
+    case 2:
+        return "AVX2";
+    case 1:
+        return "SSE";
+    default:
+        return "scalar";
+    }
+}
+
+} // namespace
+
+int detect_vector_level()
+{
+    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+    if (!__get_cpuid(1, &eax, &ebx, &ecx, &edx)) {
+        return 0;
+    }
+    const bool fma = (ecx & bit_FMA) != 0;
+    const bool sse41 = (ecx & bit_SSE4_1) != 0;
+    const bool sse_and_sse2 = (edx & bit_SSE) != 0 && (edx & bit_SSE2) != 0;
+    unsigned eax7 = 0, ebx7 = 0, ecx7 = 0, edx7 = 0;
+    const bool avx2 = __get_cpuid_count(7, 0, &eax7, &ebx7, &ecx7, &edx7) && (ebx7 & bit_AVX2);
+    if (avx2 && fma) {
+        return 2;
+    }
+    return sse_and_sse2 && sse41 ? 1 : 0;
+}
+
+int Vector_level_report::level_in_use() const
+{
+    if (chosen_level == 2 && avx2_library_loaded) {
+        return 2;
+    }
+    if (chosen_level >= 1 && sse_library_loaded) {
+        return 1;
+    }
+    return 0;
+}
+
+std::string Vector_level_report::description() const
+{
+    const int in_use = level_in_use();
+    std::string text = "vector level " + std::to_string(in_use) + " (" + level_name(in_use) + ")";
+    const std::string chosen = std::string(automatic ? "detected" : "forced") + " level " +
+                               std::to_string(chosen_level);
+    if (in_use == chosen_level) {
+        return text + ", " + chosen;
+    }
+    return text + "; " + chosen + ", but its vector library is not installed";
+}
+
+void require_supported_level(const Vector_choice& choice)
+{
+    const int detected = detect_vector_level();
+    if (!choice.automatic && choice.level > detected) {
+        throw Usage_error("--vector " + std::to_string(choice.level) + ": this processor supports level " +
+                          std::to_string(detected) + " (" + level_name(detected) + ") at most");
+    }
+}
+
+Vector_level_report report_vector_level(const Vector_choice& choice)
+{
+    Vector_level_report report;
+    report.automatic = choice.automatic;
+    report.chosen_level = choice.automatic ? detect_vector_level() : choice.level;
+    report.sse_library_loaded = is_loaded(sse_library_file);
+    report.avx2_library_loaded = is_loaded(avx2_library_file);
+    return report;
+}
+
+} // namespace xvr_color
