@@ -263,66 +263,33 @@ int nq_color_clear_matrix(void* color_processor_handle)
                      [](Color_processor& processor) { set_identity(processor.m_matrix); });
 }
 
-int nq_color_transform_48_to_48(void* color_processor_handle, const uint16_t* input_buffer,
-                                NQ_COLOR_FORMAT input_buffer_format, uint16_t blue_clamp_min,
-                                uint16_t blue_clamp_max, uint16_t green_clamp_min,
-                                uint16_t green_clamp_max, uint16_t red_clamp_min,
-                                uint16_t red_clamp_max, int32_t blue_shift_distance,
-                                int32_t green_shift_distance, int32_t red_shift_distance,
-                                uint16_t* output_buffer, NQ_COLOR_FORMAT output_buffer_format,
-                                int32_t pixel_count)
+// The four transforms differ only in the output sample type, the fourth channel and the label
+// of their timing record; the parameter list is the public header's.
+#define NQ_COLOR_TRANSFORM_ARGUMENTS                                                             \
+    color_processor_handle, input_buffer, input_buffer_format, blue_clamp_min, blue_clamp_max,   \
+        green_clamp_min, green_clamp_max, red_clamp_min, red_clamp_max, blue_shift_distance,    \
+        green_shift_distance, red_shift_distance, output_buffer, output_buffer_format, pixel_count
+
+int nq_color_transform_48_to_48(NQ_COLOR_TRANSFORM_PARAMETERS(uint16_t))
 {
     return nq_color_processor_transform_impl<unsigned short, false>(
-        "color processing transform 48 to 48", color_processor_handle, input_buffer,
-        input_buffer_format, blue_clamp_min, blue_clamp_max, green_clamp_min, green_clamp_max,
-        red_clamp_min, red_clamp_max, blue_shift_distance, green_shift_distance,
-        red_shift_distance, output_buffer, output_buffer_format, pixel_count);
+        "color processing transform 48 to 48", NQ_COLOR_TRANSFORM_ARGUMENTS);
 }
 
-int nq_color_transform_48_to_64(void* color_processor_handle, const uint16_t* input_buffer,
-                                NQ_COLOR_FORMAT input_buffer_format, uint16_t blue_clamp_min,
-                                uint16_t blue_clamp_max, uint16_t green_clamp_min,
-                                uint16_t green_clamp_max, uint16_t red_clamp_min,
-                                uint16_t red_clamp_max, int32_t blue_shift_distance,
-                                int32_t green_shift_distance, int32_t red_shift_distance,
-                                uint16_t* output_buffer, NQ_COLOR_FORMAT output_buffer_format,
-                                int32_t pixel_count)
+int nq_color_transform_48_to_64(NQ_COLOR_TRANSFORM_PARAMETERS(uint16_t))
 {
     return nq_color_processor_transform_impl<unsigned short, true>(
-        "color processing transform 48 to 64", color_processor_handle, input_buffer,
-        input_buffer_format, blue_clamp_min, blue_clamp_max, green_clamp_min, green_clamp_max,
-        red_clamp_min, red_clamp_max, blue_shift_distance, green_shift_distance,
-        red_shift_distance, output_buffer, output_buffer_format, pixel_count);
+        "color processing transform 48 to 64", NQ_COLOR_TRANSFORM_ARGUMENTS);
 }
 
-int nq_color_transform_48_to_32(void* color_processor_handle, const uint16_t* input_buffer,
-                                NQ_COLOR_FORMAT input_buffer_format, uint16_t blue_clamp_min,
-                                uint16_t blue_clamp_max, uint16_t green_clamp_min,
-                                uint16_t green_clamp_max, uint16_t red_clamp_min,
-                                uint16_t red_clamp_max, int32_t blue_shift_distance,
-                                int32_t green_shift_distance, int32_t red_shift_distance,
-                                uint8_t* output_buffer, NQ_COLOR_FORMAT output_buffer_format,
-                                int32_t pixel_count)
+int nq_color_transform_48_to_32(NQ_COLOR_TRANSFORM_PARAMETERS(uint8_t))
 {
     return nq_color_processor_transform_impl<unsigned char, true>(
-        "color processing transform 48 to 32", color_processor_handle, input_buffer,
-        input_buffer_format, blue_clamp_min, blue_clamp_max, green_clamp_min, green_clamp_max,
-        red_clamp_min, red_clamp_max, blue_shift_distance, green_shift_distance,
-        red_shift_distance, output_buffer, output_buffer_format, pixel_count);
+        "color processing transform 48 to 32", NQ_COLOR_TRANSFORM_ARGUMENTS);
 }
 
-int nq_color_transform_48_to_24(void* color_processor_handle, const uint16_t* input_buffer,
-                                NQ_COLOR_FORMAT input_buffer_format, uint16_t blue_clamp_min,
-                                uint16_t blue_clamp_max, uint16_t green_clamp_min,
-                                uint16_t green_clamp_max, uint16_t red_clamp_min,
-                                uint16_t red_clamp_max, int32_t blue_shift_distance,
-                                int32_t green_shift_distance, int32_t red_shift_distance,
-                                uint8_t* output_buffer, NQ_COLOR_FORMAT output_buffer_format,
-                                int32_t pixel_count)
+int nq_color_transform_48_to_24(NQ_COLOR_TRANSFORM_PARAMETERS(uint8_t))
 {
     return nq_color_processor_transform_impl<unsigned char, false>(
-        "color processing transform 48 to 24", color_processor_handle, input_buffer,
-        input_buffer_format, blue_clamp_min, blue_clamp_max, green_clamp_min, green_clamp_max,
-        red_clamp_min, red_clamp_max, blue_shift_distance, green_shift_distance,
-        red_shift_distance, output_buffer, output_buffer_format, pixel_count);
+        "color processing transform 48 to 24", NQ_COLOR_TRANSFORM_ARGUMENTS);
 }
