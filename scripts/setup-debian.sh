@@ -4,7 +4,7 @@
 # and the script goes on with whatever it can install.
 set -u
 
-packages=(g++-multilib ccache cmake ninja-build pkg-config binutils file googletest)
+packages=(g++-multilib ccache cmake ninja-build pkg-config binutils googletest)
 # The command-line tool reads and writes PNG through lodepng; its 32-bit library comes from the
 # i386 architecture, which has to be enabled first.
 i386_packages=(liblodepng-dev:i386)
@@ -29,11 +29,9 @@ as_root apt-get update || echo "setup: apt-get update failed in part; going on w
 
 export DEBIAN_FRONTEND=noninteractive
 # One package at a time, so that one that cannot be had does not keep the others out.
-status=0
 for package in "${missing[@]}"; do
     if ! as_root apt-get install -y --no-install-recommends "$package"; then
         echo "setup: could not install $package" >&2
-        status=1
     fi
 done
 
