@@ -3,7 +3,6 @@
 //   logger.get_log_returns_null  xvr_get_log hands out no log
 //   logger.get_log_throws        xvr_get_log throws std::runtime_error
 //   logger.free_log_throws       xvr_free_log throws std::runtime_error
-//   logger.log_result            what xvr_log returns (0: accepted)
 // Built in variants that lack xvr_log (NQ_WITHOUT_XVR_LOG) or xvr_get_log
 // (NQ_WITHOUT_XVR_GET_LOG).
 #include "companion_probe.h"
@@ -34,7 +33,7 @@ int xvr_log(void* log, int priority, const char* file, int line, const char* fun
 {
     if (log != &the_log) nq_probe_event("logger.log with a foreign handle");
     nq_probe_add_log_record(priority, file, line, function, message);
-    return nq_probe_setting("logger.log_result", 0);
+    return 0;
 }
 #endif
 

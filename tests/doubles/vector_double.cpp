@@ -3,10 +3,8 @@
 // answers the index a test chose, so that the scalar path's share shows in the output.
 // Settings (probe keys, <kind> being sse or avx2):
 //   <kind>.initialize_result   what initialize returns (0: ready)
-//   <kind>.initialize_throws   initialize throws std::runtime_error
 //   <kind>.transform_result    what both transform entry points return
 //   <kind>.transform_throws    both transform entry points throw std::runtime_error
-// Built in a variant that lacks the 16-bit-output entry point (NQ_WITHOUT_TRANSFORM_16).
 #include "companion_probe.h"
 
 #include "scalar_engine/transform_arguments.hpp"
@@ -47,9 +45,6 @@ extern "C" {
 int NQ_ENTRY(nq_color_processing_vector_, _module_initialize)()
 {
     nq_probe_event("%s.initialize", kind);
-    if (nq_probe_setting(key("initialize_throws").c_str(), 0)) {
-        throw std::runtime_error("vector unit unavailable");
-    }
     return nq_probe_setting(key("initialize_result").c_str(), 0);
 }
 
@@ -59,13 +54,11 @@ int NQ_ENTRY(nq_color_processing_transform_8_bit_output_vector_, )(
     return answer(*record, "transform_8", "record_8");
 }
 
-#ifndef NQ_WITHOUT_TRANSFORM_16
 int NQ_ENTRY(nq_color_processing_transform_16_bit_output_vector_, )(
     const Transform_arguments<unsigned short>* record)
 {
     return answer(*record, "transform_16", "record_16");
 }
-#endif
 
 void NQ_ENTRY(nq_color_processing_vector_, _module_terminate)()
 {

@@ -17,149 +17,126 @@ namespace {
 
 using Events = std::vector<std::string>;
 
-const std::string logger_names = "CORVANE_XVR_COLOR_PROCESSING|";
+const std::string get_log = "logger.get_log CORVANE_XVR_COLOR_PROCESSING|";
+const std::string free_log = "logger.free_log CORVANE_XVR_COLOR_PROCESSING|";
 
-bool LUT_binding_is_clear()
+int count(const std::string& event) { return nq_probe_count_events(event.c_str()); }
+
+// How many of the binding's handle and six entry points are set.
+int LUT_binding_members_set()
 {
-    return LUT_wrapper::m_LUT_module_handle == nullptr &&
-           LUT_wrapper::m_initialize_LUT_module == nullptr && LUT_wrapper::m_create_LUT == nullptr &&
-           LUT_wrapper::m_transform_LUT_16 == nullptr && LUT_wrapper::m_get_LUT_data == nullptr &&
-           LUT_wrapper::m_destroy_LUT == nullptr && LUT_wrapper::m_terminate_LUT_module == nullptr;
+    const void* const members[] = {
+        LUT_wrapper::m_LUT_module_handle,
+        reinterpret_cast<const void*>(LUT_wrapper::m_initialize_LUT_module),
+        reinterpret_cast<const void*>(LUT_wrapper::m_create_LUT),
+        reinterpret_cast<const void*>(LUT_wrapper::m_transform_LUT_16),
+        reinterpret_cast<const void*>(LUT_wrapper::m_get_LUT_data),
+        reinterpret_cast<const void*>(LUT_wrapper::m_destroy_LUT),
+        reinterpret_cast<const void*>(LUT_wrapper::m_terminate_LUT_module)};
+    int set = 0;
+    for (const void* member : members) set += member != nullptr;
+    return set;
 }
 
-bool LUT_binding_is_complete()
-{
-    return LUT_wrapper::m_LUT_module_handle != nullptr &&
-           LUT_wrapper::m_initialize_LUT_module != nullptr && LUT_wrapper::m_create_LUT != nullptr &&
-           LUT_wrapper::m_transform_LUT_16 != nullptr && LUT_wrapper::m_get_LUT_data != nullptr &&
-           LUT_wrapper::m_destroy_LUT != nullptr && LUT_wrapper::m_terminate_LUT_module != nullptr;
-}
-
-// A call that fails validation: it writes an error record and a timing record when logging.
+// Calls that each write a record when there is a log: a notice, a timing and a null handle.
 void make_logged_calls()
 {
-    void* processor = nq_color_create_color_processor_test(8, 8, 0);
+    void* processor = nq_color_create_color_processor(0, 0);
     ASSERT_NE(processor, nullptr);
-    uint16_t input[3] = {1, 2, 3};
-    EXPECT_EQ(nq_color_transform_48_to_48(processor, input, NQ_COLOR_FORMAT_BGR_PIXEL, 0, 255, 0,
-                                          255, 0, 255, 0, 0, 0, nullptr,
-                                          NQ_COLOR_FORMAT_BGR_PIXEL, 1),
-              NQ_COLOR_NULL_OUTPUT_BUFFER);
+    const uint16_t input[3] = {1, 2, 3};
+    uint16_t output[3] = {};
+    EXPECT_EQ(nq_color_transform_48_to_48(processor, input, NQ_COLOR_FORMAT_BGR_PIXEL, 0, 65535,
+                                          0, 65535, 0, 65535, 0, 0, 0, output,
+                                          NQ_COLOR_FORMAT_RGB_PIXEL, 1),
+              NQ_COLOR_NO_ERROR);
+    EXPECT_EQ(output[0], 3);
     EXPECT_EQ(nq_color_clear_matrix(nullptr), NQ_COLOR_NULL_INSTANCE_HANDLE);
     EXPECT_EQ(nq_color_destroy_color_processor(processor), NQ_COLOR_NO_ERROR);
 }
 
-class Module_lifecycle : public testing::Test {
-protected:
-    void SetUp() override { nq_probe_reset(); }
-};
+// Initialises, makes calls that would log, terminates; returns the logger double's events.
+Events logger_events_of_a_silent_life(bool log_handed_out = true)
+{
+    nq_probe_reset();
+    nq_probe_set("logger.get_log_returns_null", !log_handed_out);
+    EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
+    EXPECT_NE(logger.get(), nullptr);
+    make_logged_calls();
+    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
+    EXPECT_TRUE(probe_log_records().empty());
+    return probe_events_starting_with("logger.");
+}
 
 }  // namespace
 
-TEST_F(Module_lifecycle, InitializeThenTerminateMakesAndDestroysTheLoggerObject)
+TEST(Module_lifecycle, CountsNestedInitialisationsButNotTheLUTBinding)
 {
+    nq_probe_reset();
+    // Terminate without initialise changes nothing, and the count does not go below zero.
+    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
+    EXPECT_EQ(logger.count(), 0u);
+    EXPECT_TRUE(probe_events().empty());
+
     EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
-    EXPECT_NE(logger.get(), nullptr);
     EXPECT_EQ(logger.count(), 1u);
-    EXPECT_TRUE(LUT_binding_is_complete());
-    EXPECT_EQ(probe_events(), (Events{"logger.loaded", "logger.get_log " + logger_names,
-                                      "lut.loaded", "lut.initialize"}));
+    EXPECT_EQ(LUT_binding_members_set(), 7);
+    EXPECT_EQ(probe_events(), (Events{"logger.loaded", get_log, "lut.loaded", "lut.initialize"}));
+    EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
+    EXPECT_EQ(logger.count(), 2u);
+    EXPECT_EQ(count(get_log), 1);
+    EXPECT_EQ(count("lut.initialize"), 2);
 
     nq_probe_reset();
     EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(logger.get(), nullptr);
-    EXPECT_EQ(logger.count(), 0u);
-    EXPECT_TRUE(LUT_binding_is_clear());
-    // The table library goes first, before the count is even looked at.
-    EXPECT_EQ(probe_events(), (Events{"lut.terminate", "lut.unloaded",
-                                      "logger.free_log " + logger_names, "logger.unloaded"}));
-}
-
-TEST_F(Module_lifecycle, NestedInitializeCountsTheLoggerButNotTheLUTBinding)
-{
-    EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(logger.count(), 2u);
-    EXPECT_EQ(nq_probe_count_events(("logger.get_log " + logger_names).c_str()), 1);
-    EXPECT_EQ(nq_probe_count_events("lut.initialize"), 2);
-
-    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
     EXPECT_EQ(logger.count(), 1u);
     EXPECT_NE(logger.get(), nullptr);
-    EXPECT_TRUE(LUT_binding_is_clear());
+    EXPECT_EQ(LUT_binding_members_set(), 0);
     // Opened twice, closed once: the table library stays loaded, unbound.
-    EXPECT_EQ(nq_probe_count_events("lut.unloaded"), 0);
-    EXPECT_EQ(nq_probe_count_events(("logger.free_log " + logger_names).c_str()), 0);
+    EXPECT_EQ(probe_events(), Events{"lut.terminate"});
 
+    nq_probe_reset();
     EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
     EXPECT_EQ(logger.count(), 0u);
     EXPECT_EQ(logger.get(), nullptr);
-    EXPECT_EQ(nq_probe_count_events("lut.terminate"), 1);
-    EXPECT_EQ(nq_probe_count_events(("logger.free_log " + logger_names).c_str()), 1);
-}
+    EXPECT_EQ(probe_events(), (Events{free_log, "logger.unloaded"}));
 
-TEST_F(Module_lifecycle, TerminateWithoutInitializeChangesNothing)
-{
-    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(logger.count(), 0u);
-    EXPECT_EQ(logger.get(), nullptr);
-    EXPECT_TRUE(probe_events().empty());
-
-    // The count did not go below zero: one initialise is undone by one terminate.
+    // A second life gets a fresh logger object and log.
+    nq_probe_reset();
     EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(logger.count(), 1u);
-    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(logger.get(), nullptr);
-}
-
-TEST_F(Module_lifecycle, ReinitialisingBuildsAFreshLoggerObject)
-{
-    EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(nq_probe_count_events(("logger.get_log " + logger_names).c_str()), 2);
+    EXPECT_EQ(count(get_log), 1);
     make_logged_calls();
-    EXPECT_FALSE(probe_log_records().empty());
+    EXPECT_EQ(probe_log_records().size(), 3u);
+    EXPECT_EQ(count("logger.log with a foreign handle"), 0);
+    nq_probe_reset();
     EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(nq_probe_count_events("logger.log with a foreign handle"), 0);
+    // The table library goes first, before the count is even looked at.
+    EXPECT_EQ(probe_events(), (Events{"lut.terminate", free_log, "logger.unloaded"}));
 }
 
-TEST_F(Module_lifecycle, ThrowingFreeLogIsSwallowedAndLeavesTheLoggerLibraryOpen)
+TEST(Module_lifecycle, LogThatWasNeverHandedOutIsStillFreedByName)
 {
-    nq_probe_set("logger.free_log_throws", 1);
-    EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(logger.get(), nullptr);
-    EXPECT_EQ(nq_probe_count_events(("logger.free_log " + logger_names).c_str()), 1);
-    EXPECT_EQ(nq_probe_count_events("logger.unloaded"), 0);
+    EXPECT_EQ(logger_events_of_a_silent_life(false),
+              (Events{"logger.loaded", get_log, free_log, "logger.unloaded"}));
 }
 
-TEST_F(Module_lifecycle, LogThatWasNeverHandedOutIsStillFreedByName)
+TEST(Module_lifecycle, ThrowingLoggerCallsLeaveTheModuleUsable)
 {
-    nq_probe_set("logger.get_log_returns_null", 1);
-    EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
-    make_logged_calls();
-    EXPECT_TRUE(probe_log_records().empty());
-    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(probe_events_starting_with("logger."),
-              (Events{"logger.loaded", "logger.get_log " + logger_names,
-                      "logger.free_log " + logger_names, "logger.unloaded"}));
-}
-
-TEST_F(Module_lifecycle, ThrowingGetLogLeavesTheModuleUninitialised)
-{
+    nq_probe_reset();
     nq_probe_set("logger.get_log_throws", 1);
     EXPECT_THROW(nq_color_processing_module_initialize(), std::runtime_error);
     EXPECT_EQ(logger.count(), 0u);
-    EXPECT_EQ(logger.get(), nullptr);
-    EXPECT_EQ(nq_probe_count_events("lut.initialize"), 0);
+    EXPECT_EQ(count("lut.initialize"), 0);
 
     // The owner's mutex was released: the next initialise goes through.
     nq_probe_set("logger.get_log_throws", 0);
+    nq_probe_set("logger.free_log_throws", 1);
     EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
     EXPECT_EQ(logger.count(), 1u);
+    // A throwing xvr_free_log is swallowed and the logger library left open.
     EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
+    EXPECT_EQ(logger.get(), nullptr);
+    EXPECT_EQ(count(free_log), 1);
+    EXPECT_EQ(count("logger.unloaded"), 0);
 }
 
 TEST(Module_without_LUT_library, InitializeFailsYetCounts)
@@ -168,72 +145,38 @@ TEST(Module_without_LUT_library, InitializeFailsYetCounts)
     EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_MODULE_NOT_INITIALIZED);
     EXPECT_EQ(logger.count(), 1u);
     EXPECT_NE(logger.get(), nullptr);
-    EXPECT_TRUE(LUT_binding_is_clear());
-
+    EXPECT_EQ(LUT_binding_members_set(), 0);
     EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
     EXPECT_EQ(logger.count(), 0u);
-    EXPECT_EQ(logger.get(), nullptr);
-    EXPECT_EQ(nq_probe_count_events(("logger.free_log " + logger_names).c_str()), 1);
+    EXPECT_EQ(count(free_log), 1);
 }
 
 TEST(Module_without_logger_library, WorksAndLogsNothing)
 {
-    nq_probe_reset();
-    EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
-    EXPECT_NE(logger.get(), nullptr);
-
-    void* processor = nq_color_create_color_processor(0, 0);
-    ASSERT_NE(processor, nullptr);
-    const uint16_t input[3] = {10, 20, 30};
-    uint16_t output[3] = {};
-    EXPECT_EQ(nq_color_transform_48_to_48(processor, input, NQ_COLOR_FORMAT_BGR_PIXEL, 0, 65535,
-                                          0, 65535, 0, 65535, 0, 0, 0, output,
-                                          NQ_COLOR_FORMAT_RGB_PIXEL, 1),
-              NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(output[0], 30);
-    EXPECT_EQ(output[2], 10);
-    make_logged_calls();
-    EXPECT_EQ(nq_color_destroy_color_processor(processor), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    EXPECT_TRUE(probe_log_records().empty());
+    EXPECT_TRUE(logger_events_of_a_silent_life().empty());
 }
 
-// Run once with a logger library lacking xvr_log and once with one lacking xvr_get_log.
+// Run with a logger library lacking xvr_log and with one lacking xvr_get_log.
 TEST(Module_with_incomplete_logger_library, LogsNothingButFreesTheLogByName)
 {
-    nq_probe_reset();
-    EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
-    make_logged_calls();
-    EXPECT_TRUE(probe_log_records().empty());
-    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    const Events logger_events = probe_events_starting_with("logger.");
-    ASSERT_GE(logger_events.size(), 2u);
-    EXPECT_EQ(logger_events[logger_events.size() - 2], "logger.free_log " + logger_names);
-    EXPECT_EQ(logger_events.back(), "logger.unloaded");
+    const Events events = logger_events_of_a_silent_life();
+    ASSERT_GE(events.size(), 3u);
+    EXPECT_EQ(events.front(), "logger.loaded");
+    EXPECT_EQ(events[events.size() - 2], free_log);
+    EXPECT_EQ(events.back(), "logger.unloaded");
 }
 
-TEST(Module_with_LUT_library_lacking_terminate, BindingFailsAndTerminateStillCloses)
+// Run with a table library lacking "nq_LUT_module_terminate" and with one lacking
+// "nq_LUT_transform_16", which the core binds although it never calls it.
+TEST(Module_with_incomplete_LUT_library, BindingFailsAndTerminateStillCloses)
 {
     nq_probe_reset();
     EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_MODULE_NOT_INITIALIZED);
-    EXPECT_EQ(nq_probe_count_events("lut.initialize"), 0);
+    EXPECT_EQ(count("lut.initialize"), 0);
     // What was found before the missing entry point stays bound until terminate.
-    EXPECT_NE(LUT_wrapper::m_destroy_LUT, nullptr);
-    EXPECT_EQ(LUT_wrapper::m_terminate_LUT_module, nullptr);
-
-    EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    EXPECT_TRUE(LUT_binding_is_clear());
-    EXPECT_EQ(probe_events_starting_with("lut."), (Events{"lut.loaded", "lut.unloaded"}));
-}
-
-TEST(Module_with_LUT_library_lacking_transform_16, BindingFailsAlthoughTheEntryIsNeverCalled)
-{
-    nq_probe_reset();
-    EXPECT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_MODULE_NOT_INITIALIZED);
-    EXPECT_EQ(nq_probe_count_events("lut.initialize"), 0);
     EXPECT_NE(LUT_wrapper::m_create_LUT, nullptr);
-    EXPECT_EQ(LUT_wrapper::m_get_LUT_data, nullptr);
+    EXPECT_EQ(LUT_wrapper::m_terminate_LUT_module, nullptr);
     EXPECT_EQ(nq_color_processing_module_terminate(), NQ_COLOR_NO_ERROR);
-    EXPECT_TRUE(LUT_binding_is_clear());
-    EXPECT_EQ(nq_probe_count_events("lut.unloaded"), 1);
+    EXPECT_EQ(LUT_binding_members_set(), 0);
+    EXPECT_EQ(probe_events_starting_with("lut."), (Events{"lut.loaded", "lut.unloaded"}));
 }

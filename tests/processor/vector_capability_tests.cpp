@@ -7,85 +7,48 @@
 
 namespace {
 
-// A processor that answers leaves 1 and 7 and remembers which leaves were read.
-struct Made_up_processor {
-    Cpuid_registers leaf_1{};
-    Cpuid_registers leaf_7{};
-    std::vector<uint32_t> reads;
+constexpr uint32_t fma = cpuid_bit::leaf_1_ecx_fma;
+constexpr uint32_t sse4_1 = cpuid_bit::leaf_1_ecx_sse4_1;
+constexpr uint32_t sse = cpuid_bit::leaf_1_edx_sse;
+constexpr uint32_t sse2 = cpuid_bit::leaf_1_edx_sse2;
+constexpr uint32_t avx2 = cpuid_bit::leaf_7_ebx_avx2;
+constexpr uint32_t modern = 0x000906EAu;  // a family-6 signature
 
-    int level()
-    {
-        return vector_level_from_cpuid([this](uint32_t leaf) {
-            reads.push_back(leaf);
-            return leaf == 7u ? leaf_7 : leaf_1;
-        });
-    }
+struct Cpuid_case {
+    const char* name;
+    uint32_t leaf_1_eax, leaf_1_ecx, leaf_1_edx, leaf_7_ebx;
+    int level;
+    std::vector<uint32_t> leaves_read;
 };
 
-constexpr uint32_t sse_and_sse2 = cpuid_bit::leaf_1_edx_sse | cpuid_bit::leaf_1_edx_sse2;
-
-// A typical modern signature (family 6); anything above 6 passes the leaf-count test.
-Made_up_processor avx2_processor()
-{
-    Made_up_processor processor;
-    processor.leaf_1 = {0x000906EAu, 0, cpuid_bit::leaf_1_ecx_fma | cpuid_bit::leaf_1_ecx_sse4_1,
-                        sse_and_sse2};
-    processor.leaf_7 = {0, cpuid_bit::leaf_7_ebx_avx2, 0, 0};
-    return processor;
-}
+// Leaf 1's EAX (the signature) is taken for the highest leaf: leaf 7 is read only when it is
+// above 6 as a signed number.
+const Cpuid_case cases[] = {
+    {"AVX2WithFMA", modern, fma | sse4_1, sse | sse2, avx2, 2, {1, 7}},
+    {"AVX2WithoutSSEBits", modern, fma, 0, avx2, 2, {1, 7}},
+    {"AVX2WithoutFMAFallsToSSE", modern, sse4_1, sse | sse2, avx2, 1, {1, 7, 1}},
+    {"NoFMANoSSE41", modern, 0, sse | sse2, avx2, 0, {1, 7, 1}},
+    {"SignatureSixMeansNoLeaf7", 6, fma | sse4_1, sse | sse2, avx2, 1, {1, 1}},
+    {"SignatureSevenReadsLeaf7", 7, fma | sse4_1, sse | sse2, avx2, 2, {1, 7}},
+    {"NegativeSignature", 0x80000000u, fma | sse4_1, sse | sse2, avx2, 1, {1, 1}},
+    {"ZeroSignature", 0, fma | sse4_1, sse | sse2, avx2, 1, {1, 1}},
+    {"SSEClass", 0x000306A9u, sse4_1, sse | sse2, 0, 1, {1, 7, 1}},
+    {"SSE2WithoutSSE", 0x000306A9u, sse4_1, sse2, 0, 0, {1, 7, 1}},
+    {"SSEWithoutSSE2", 0x000306A9u, sse4_1, sse, 0, 0, {1, 7, 1}},
+};
 
 }  // namespace
 
-TEST(Vector_capability, AVX2WithFMAGivesLevel2)
+TEST(Vector_capability, LevelAndLeavesReadFollowTheCPUIDAnswers)
 {
-    Made_up_processor processor = avx2_processor();
-    EXPECT_EQ(processor.level(), 2);
-    EXPECT_EQ(processor.reads, (std::vector<uint32_t>{1, 7}));
-}
-
-TEST(Vector_capability, AVX2WithoutFMAFallsToTheSSETests)
-{
-    Made_up_processor processor = avx2_processor();
-    processor.leaf_1.ecx &= ~cpuid_bit::leaf_1_ecx_fma;
-    EXPECT_EQ(processor.level(), 1);
-    EXPECT_EQ(processor.reads, (std::vector<uint32_t>{1, 7, 1}));
-    processor.leaf_1.ecx &= ~cpuid_bit::leaf_1_ecx_sse4_1;
-    EXPECT_EQ(processor.level(), 0);
-}
-
-TEST(Vector_capability, SignatureIsTakenForTheHighestLeaf)
-{
-    Made_up_processor processor = avx2_processor();
-    processor.leaf_1.eax = 6;  // "no leaf 7": leaf 7 is not even read
-    EXPECT_EQ(processor.level(), 1);
-    EXPECT_EQ(processor.reads, (std::vector<uint32_t>{1, 1}));
-    processor.leaf_1.eax = 7;
-    EXPECT_EQ(processor.level(), 2);
-    // A signature with the sign bit set counts as negative.
-    processor.leaf_1.eax = 0x80000000u;
-    EXPECT_EQ(processor.level(), 1);
-    processor.leaf_1.eax = 0;
-    EXPECT_EQ(processor.level(), 1);
-}
-
-TEST(Vector_capability, SSEClassNeedsSSEAndSSE2AndSSE41)
-{
-    Made_up_processor processor;
-    processor.leaf_1 = {0x000306A9u, 0, cpuid_bit::leaf_1_ecx_sse4_1, sse_and_sse2};
-    EXPECT_EQ(processor.level(), 1);
-    processor.leaf_1.edx = cpuid_bit::leaf_1_edx_sse2;
-    EXPECT_EQ(processor.level(), 0);
-    processor.leaf_1.edx = cpuid_bit::leaf_1_edx_sse;
-    EXPECT_EQ(processor.level(), 0);
-    processor.leaf_1.edx = sse_and_sse2;
-    processor.leaf_1.ecx = 0;
-    EXPECT_EQ(processor.level(), 0);
-}
-
-TEST(Vector_capability, AVX2BitWithoutSSEBitsStillGivesLevel2)
-{
-    // Level 2 is decided before the SSE bits are looked at.
-    Made_up_processor processor = avx2_processor();
-    processor.leaf_1.edx = 0;
-    EXPECT_EQ(processor.level(), 2);
+    for (const Cpuid_case& c : cases) {
+        std::vector<uint32_t> reads;
+        const int level = vector_level_from_cpuid([&](uint32_t leaf) {
+            reads.push_back(leaf);
+            return leaf == 7u ? Cpuid_registers{0, c.leaf_7_ebx, 0, 0}
+                              : Cpuid_registers{c.leaf_1_eax, 0, c.leaf_1_ecx, c.leaf_1_edx};
+        });
+        EXPECT_EQ(level, c.level) << c.name;
+        EXPECT_EQ(reads, c.leaves_read) << c.name;
+    }
 }

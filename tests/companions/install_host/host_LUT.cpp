@@ -8,8 +8,7 @@
 int main()
 {
     LUT_handle table = nq_create_LUT_test(256, true);
-    std::int32_t* entries = nq_get_LUT_data(table);
-    for (int i = 0; i < 256; ++i) entries[i] = i * 257;
+    for (int i = 0; i < 256; ++i) nq_get_LUT_data(table)[i] = i * 257;
     const std::uint16_t input[3] = {0, 128, 1000};
     std::uint16_t output[3] = {};
     bool ok = nq_LUT_transform_16(table, input, output, 3) == NQ_LUT_NO_ERROR && output[0] == 0 &&
@@ -20,6 +19,6 @@ int main()
         ok = false;
     } catch (const std::invalid_argument&) {
     }
-    std::puts(ok ? "host_LUT: ok" : "host_LUT: failed");
+    std::printf("host_LUT: %s\n", ok ? "ok" : "failed");
     return ok ? 0 : 1;
 }

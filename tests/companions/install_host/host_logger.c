@@ -6,11 +6,8 @@
 int main(void)
 {
     void* log = xvr_get_log("INSTALL_HOST", "");
-    int result;
-    if (log == NULL) return 1;
-    result = xvr_log(log, XVR_LOG_PRIORITY_ERROR, "host_logger.c", __LINE__, "main",
-                     "installed logger works");
+    int result = xvr_log(log, XVR_LOG_PRIORITY_ERROR, "host_logger.c", __LINE__, "main", "installed logger works");
     xvr_free_log("INSTALL_HOST", "");
-    puts(result == XVR_LOG_ACCEPTED ? "host_logger: ok" : "host_logger: failed");
+    printf("host_logger: %s\n", result == XVR_LOG_ACCEPTED ? "ok" : "failed");
     return result;
 }

@@ -1,0 +1,206 @@
+// The table library through its public header: creation and storage, refused sizes, memory
+// exhaustion, the module calls, nq_LUT_transform_16, and several threads at once.
+#include <corvane_xvr_LUT.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <climits>
+#include <fstream>
+#include <functional>
+#include <malloc.h>
+#include <stdexcept>
+#include <sys/resource.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+// A table whose entry i is entry_of(i).
+LUT_handle make_table(int entries, const std::function<std::int32_t(int)>& entry_of, bool avx2 = false)
+{
+    LUT_handle table = nq_create_LUT_test(entries, avx2);
+    for (int i = 0; i < entries; ++i) nq_get_LUT_data(table)[i] = entry_of(i);
+    return table;
+}
+
+class Every_valid_size : public ::testing::TestWithParam<std::tuple<int, bool>> {};
+
+TEST_P(Every_valid_size, gives_an_aligned_zeroed_table_padded_for_its_reader)
+{
+    const auto [exponent, avx2_reader] = GetParam();
+    const int entries = 1 << exponent;
+    LUT_handle table = nq_create_LUT_test(entries, avx2_reader);
+    EXPECT_EQ(nq_get_LUT_entry_count(table), entries);
+    std::int32_t* data = nq_get_LUT_data(table);
+    ASSERT_NE(data, nullptr);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(data) % 64, 0u) << data;
+    // The entries plus one vector of the reader's width, measured by the allocator itself.
+    const std::size_t touchable = entries * 4u + (avx2_reader ? 32 : 16);
+    ASSERT_GE(malloc_usable_size(data), touchable);
+    const auto* bytes = reinterpret_cast<const unsigned char*>(data);
+    EXPECT_EQ(std::count(bytes, bytes + touchable, 0), static_cast<long>(touchable));
+
+    for (int i = 0; i < entries; ++i) data[i] = ~i;  // writable throughout
+    EXPECT_EQ(nq_get_LUT_data(table), data);
+    nq_destroy_LUT(table);
+}
+
+INSTANTIATE_TEST_SUITE_P(Powers_of_two_from_1_to_65536, Every_valid_size,
+                         ::testing::Combine(::testing::Range(0, 17), ::testing::Bool()));
+
+TEST(Refused_sizes, throw_invalid_argument_naming_the_count_and_leave_no_table_behind)
+{
+    const int live_before = nq_LUT_live_table_count();
+    for (int entries : {0, -1, -65536, 3, 6, 100, 65535, 65537, 131072, INT_MIN, INT_MAX}) {
+        for (bool avx2_reader : {false, true}) {
+            try {
+                nq_create_LUT_test(entries, avx2_reader);
+                ADD_FAILURE() << entries << " entries accepted";
+            } catch (const std::invalid_argument& error) {
+                EXPECT_NE(std::string(error.what()).find(std::to_string(entries) + " entries"),
+                          std::string::npos) << error.what();
+            }
+        }
+    }
+    EXPECT_EQ(nq_LUT_live_table_count(), live_before);
+}
+
+// In a child whose address space is capped a little above its use, makes the largest tables
+// until memory runs out. Exit 0: bad_alloc, with the tables made before it intact.
+TEST(Memory_exhaustion, throws_bad_alloc_and_keeps_the_tables_already_made)
+{
+    const auto exhaust = [] {
+        long pages = 0;
+        std::ifstream("/proc/self/statm") >> pages;
+        const rlim_t cap = static_cast<rlim_t>(pages) * sysconf(_SC_PAGESIZE) + (16u << 20);
+        const rlimit limit{cap, cap};
+        setrlimit(RLIMIT_AS, &limit);
+        std::vector<LUT_handle> tables;
+        tables.reserve(1024);
+        int status = 1;  // no failure
+        try {
+            while (tables.size() < 1024) {
+                tables.push_back(nq_create_LUT_test(65536, tables.size() % 2 == 1));
+                nq_get_LUT_data(tables.back())[65535] = static_cast<std::int32_t>(tables.size());
+            }
+        } catch (const std::bad_alloc&) {
+            status = 0;
+        } catch (...) {
+            status = 2;
+        }
+        for (std::size_t i = 0; i < tables.size(); ++i) {
+            if (nq_get_LUT_data(tables[i])[65535] != static_cast<std::int32_t>(i + 1)) status = 3;
+        }
+        _exit(status);
+    };
+    EXPECT_EXIT(exhaust(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST(Module_calls_and_live_count, may_repeat_and_nest_and_leave_existing_tables_valid)
+{
+    const int live_before = nq_LUT_live_table_count();
+    nq_LUT_module_terminate();  // the core may terminate once more than it initialised
+    nq_LUT_module_initialize();
+    nq_LUT_module_initialize();
+    LUT_handle table = nq_create_LUT_test(4096, true);
+    LUT_handle single = nq_create_LUT_test(1, false);
+    EXPECT_EQ(nq_LUT_live_table_count(), live_before + 2);
+    std::int32_t* data = nq_get_LUT_data(table);
+    data[4095] = 12345;
+    for (int i = 0; i < 3; ++i) nq_LUT_module_terminate();
+    EXPECT_EQ(nq_get_LUT_data(table), data);
+    EXPECT_EQ(data[4095], 12345);
+    nq_LUT_module_initialize();
+    nq_destroy_LUT(single);
+    nq_destroy_LUT(nullptr);
+    EXPECT_EQ(nq_LUT_live_table_count(), live_before + 1);
+    nq_destroy_LUT(table);
+    nq_LUT_module_terminate();
+    EXPECT_EQ(nq_LUT_live_table_count(), live_before);
+    EXPECT_EQ(nq_get_LUT_data(nullptr), nullptr);
+    EXPECT_EQ(nq_get_LUT_entry_count(nullptr), 0);
+}
+
+TEST(Table_transform, gives_the_low_16_bits_of_the_entry_or_of_the_last_one_in_and_out_of_place)
+{
+    std::vector<std::uint16_t> every_sample(65536);
+    for (int i = 0; i < 65536; ++i) every_sample[i] = static_cast<std::uint16_t>(i);
+    const std::vector<std::uint16_t> inverted(every_sample.rbegin(), every_sample.rend());
+    const std::vector<std::uint16_t> past_the_end = {0, 4094, 4095, 4096, 40000, 65535};
+    const std::int32_t high_bits[] = {0x12345678, -1, 0x00010000, -65536 + 3};
+    const struct {
+        const char* name;
+        int entries;
+        std::function<std::int32_t(int)> entry_of;
+        std::vector<std::uint16_t> input, expected;
+    } cases[] = {
+        {"full inverting table", 65536, [](int i) { return 65535 - i; }, every_sample, inverted},
+        {"entries with high bits", 4, [&](int i) { return high_bits[i]; }, {0, 1, 2, 3},
+         {0x5678, 0xFFFF, 0, 3}},
+        {"12-bit curve", 4096, [](int i) { return i * 16; }, past_the_end,
+         {0, 65504, 65520, 65520, 65520, 65520}},
+        {"single entry", 1, [](int) { return 42; }, past_the_end, std::vector<std::uint16_t>(6, 42)},
+    };
+    for (const auto& c : cases) {
+        LUT_handle table = make_table(c.entries, c.entry_of);
+        std::vector<std::uint16_t> output(c.input.size(), 7), in_place = c.input;
+        const int count = static_cast<int>(c.input.size());
+        EXPECT_EQ(nq_LUT_transform_16(table, c.input.data(), output.data(), count), NQ_LUT_NO_ERROR);
+        EXPECT_EQ(nq_LUT_transform_16(table, in_place.data(), in_place.data(), count), NQ_LUT_NO_ERROR);
+        for (std::size_t i = 0; i < c.input.size(); ++i) {
+            ASSERT_EQ(output[i], c.expected[i]) << c.name << ", sample " << c.input[i];
+            ASSERT_EQ(in_place[i], output[i]) << c.name << " in place, sample " << c.input[i];
+        }
+        nq_destroy_LUT(table);
+    }
+}
+
+TEST(Table_transform, refuses_bad_arguments_in_order_and_writes_nothing)
+{
+    LUT_handle table = make_table(16, [](int) { return 9; });
+    const std::uint16_t input[] = {1, 2};
+    std::uint16_t output[] = {77, 78};
+    EXPECT_EQ(nq_LUT_transform_16(nullptr, nullptr, nullptr, -1), NQ_LUT_NULL_HANDLE);
+    EXPECT_EQ(nq_LUT_transform_16(nullptr, input, output, 2), NQ_LUT_NULL_HANDLE);
+    EXPECT_EQ(nq_LUT_transform_16(table, nullptr, output, 2), NQ_LUT_NULL_BUFFER);
+    EXPECT_EQ(nq_LUT_transform_16(table, input, nullptr, 2), NQ_LUT_NULL_BUFFER);
+    EXPECT_EQ(nq_LUT_transform_16(table, nullptr, nullptr, -5), NQ_LUT_NULL_BUFFER);
+    EXPECT_EQ(nq_LUT_transform_16(table, input, output, -1), NQ_LUT_NEGATIVE_COUNT);
+    EXPECT_EQ(nq_LUT_transform_16(table, input, output, 0), NQ_LUT_NO_ERROR);
+    EXPECT_EQ(output[0], 77);
+    EXPECT_EQ(output[1], 78);
+    nq_destroy_LUT(table);
+}
+
+TEST(Tables_on_several_threads, stay_apart_and_are_all_released)
+{
+    const int live_before = nq_LUT_live_table_count();
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t) {
+        threads.emplace_back([t, &wrong] {
+            std::vector<std::uint16_t> input(4096), output(4096);
+            for (std::size_t i = 0; i < input.size(); ++i)
+                input[i] = static_cast<std::uint16_t>(i * 2654435761u >> 16);
+            for (int round = 0; round < 60; ++round) {
+                const int entries = 1 << (round % 17);
+                LUT_handle table = make_table(entries, [&](int i) { return (t << 20) + i * 3 + round; },
+                                              (round + t) % 2 == 0);
+                wrong += nq_LUT_transform_16(table, input.data(), output.data(), 4096) != NQ_LUT_NO_ERROR;
+                for (std::size_t i = 0; i < input.size(); ++i) {
+                    const int index = std::min<int>(input[i], entries - 1);
+                    wrong += output[i] != static_cast<std::uint16_t>((t << 20) + index * 3 + round);
+                }
+                nq_destroy_LUT(table);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(wrong.load(), 0);
+    EXPECT_EQ(nq_LUT_live_table_count(), live_before);
+}
+
+}  // namespace

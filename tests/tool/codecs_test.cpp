@@ -1,0 +1,203 @@
+// The image codecs (PPM, PAM, PNG) and the file layer under them.
+#include "file_io.hpp"
+#include "image_files.hpp"
+#include "netpbm_codec.hpp"
+#include "png_codec.hpp"
+#include "test_support.hpp"
+
+#include <sys/stat.h>
+
+#if XVR_COLOR_HAS_PNG
+#include <lodepng.h>
+#endif
+
+using namespace xvr_color;
+using namespace xvr_color_test;
+
+TEST(Codecs, EveryFormatGivesEverySampleBackAtItsDepth)
+{
+    // The blank images must still be written as RGB of their depth, not as a smaller grey file.
+    const std::vector<Image> images = {
+        image_of(2, 2, 16, {0, 1, 255, 256, 32768, 65535, 65534, 4660, 43981, 7, 8, 9}),
+        image_of(3, 1, 8, {0, 1, 2, 127, 128, 129, 253, 254, 255}),
+        make_blank_image(3, 2, 16), make_blank_image(3, 2, 8)};
+    std::vector<std::pair<const char*, Image (*)(const Image&)>> codecs = {
+        {"ppm", [](const Image& i) { return decode_netpbm(encode_ppm(i), "f"); }},
+        {"pam", [](const Image& i) { return decode_netpbm(encode_pam(i), "f"); }}};
+#if XVR_COLOR_HAS_PNG
+    codecs.push_back({"png", [](const Image& i) { return decode_png(encode_png(i), "f"); }});
+#endif
+    for (const auto& [name, round_trip] : codecs) {
+        for (const Image& image : images) {
+            const Image decoded = round_trip(image);
+            EXPECT_EQ(std::tie(decoded.width, decoded.height, decoded.sample_bits, decoded.samples),
+                      std::tie(image.width, image.height, image.sample_bits, image.samples)) << name;
+        }
+    }
+}
+
+TEST(Codecs, NetpbmFilesHaveTheStandardHeadersAndBigEndianSamples)
+{
+    const Image image = image_of(1, 1, 16, {0x1234, 0x00ff, 0xff00});
+    EXPECT_EQ(encode_ppm(image), bytes_of("P6\n1 1\n65535\n", {0x12, 0x34, 0x00, 0xff, 0xff, 0x00}));
+    EXPECT_EQ(encode_pam(image), bytes_of("P7\nWIDTH 1\nHEIGHT 1\nDEPTH 3\nMAXVAL 65535\nTUPLTYPE RGB\nENDHDR\n",
+                                          {0x12, 0x34, 0x00, 0xff, 0xff, 0x00}));
+}
+
+TEST(Codecs, NetpbmHeadersOfAnyLayoutAndAnyMaxvalAreRead)
+{
+    const struct {
+        std::vector<std::uint8_t> bytes;
+        int bits;
+        std::vector<std::uint16_t> samples;
+    } cases[] = {
+        {bytes_of("P6 # a comment\n1\t# width\n1\r\n255\n", {10, 20, 30}), 8, {10, 20, 30}},
+        {bytes_of("P7\n# made by hand\nWIDTH 1\nHEIGHT 2\nDEPTH 3\nMAXVAL 255\nTUPLTYPE RGB\nENDHDR\n",
+                  {1, 2, 3, 4, 5, 6}), 8, {1, 2, 3, 4, 5, 6}},
+        // 12-bit data: 2048 x 65535 / 4095 = 32776.003 rounds to 32776.
+        {bytes_of("P6\n1 1\n4095\n", {0x0f, 0xff, 0x08, 0x00, 0x00, 0x00}), 16, {65535, 32776, 0}},
+        {bytes_of("P6\n1 1\n1\n", {1, 0, 1}), 16, {65535, 0, 65535}},
+        // 256 is the smallest two-byte maxval; 128/256 of 65535 is 32767.5, which rounds up.
+        {bytes_of("P6\n1 1\n256\n", {1, 0, 0, 128, 0, 0}), 16, {65535, 32768, 0}},
+    };
+    for (const auto& c : cases) {
+        const Image decoded = decode_netpbm(c.bytes, "f");
+        const std::string file(c.bytes.begin(), c.bytes.end());
+        EXPECT_EQ(decoded.sample_bits, c.bits) << file;
+        EXPECT_EQ(decoded.samples, c.samples) << file;
+    }
+}
+
+TEST(Codecs, NetpbmFilesThatCannotBeReadSayWhy)
+{
+    const std::pair<std::vector<std::uint8_t>, std::string> cases[] = {
+        {bytes_of("P6\n2 1\n255\n", {1, 2, 3, 4, 5}), "f.ppm is truncated: it holds 5 of 6 bytes of pixel data"},
+        {bytes_of("P6\n2 1"), "f.ppm is truncated: its header ends early"},
+        {bytes_of("P6\n2 1 255"), "f.ppm is truncated: no pixel data after the header"},
+        {bytes_of("P7\nWIDTH 1\n"), "f.ppm is truncated: its header has no ENDHDR line"},
+        {bytes_of("P6\n1 1\n0\n", {0, 0, 0}), "f.ppm is malformed: its maxval is 0"},
+        {bytes_of("P4\n8 1\n", {0}), "f.ppm has an unsupported channel count: it is a bitmap (1 channel); "
+                                         "xvr-color reads RGB images (PPM P6 or PAM with DEPTH 3)"},
+        {bytes_of("P3\n1 1\n255\n1 2 3\n"),
+         "f.ppm is a plain-text PPM (P3), which is not supported; convert it to binary P6"},
+        {bytes_of("P6\n-1 1\n255\n"), "f.ppm is malformed: width '-1' is not a number"},
+        {bytes_of("P6\n1 1\n255x", {0, 0, 0}), "f.ppm is malformed: maxval '255x\?\?\?' is not a number"},
+        {bytes_of("P6\n1 1\n100\n", {100, 101, 0}),
+         "f.ppm is malformed: sample 1 is 101, above its maxval 100"},
+        {bytes_of("P7\nWIDTH 1\nHEIGHT 1\nMAXVAL 255\nENDHDR\n", {0, 0, 0}),
+         "f.ppm is malformed: its PAM header lacks WIDTH, HEIGHT, DEPTH or MAXVAL"},
+        {bytes_of("GIF89a"), "f.ppm is not a PPM or PAM file"},
+        {bytes_of("P6\n0 5\n255\n"), "f.ppm has no pixels (0 x 5)"},
+        // 100000 x 100000 x 6 bytes would overflow a 32-bit size: refused before any allocation.
+        {bytes_of("P6\n100000 100000\n65535\n", {0}),
+         "f.ppm is too large (100000 x 100000); at most 134217728 pixels are supported"},
+    };
+    for (const auto& [bytes, message] : cases) {
+        EXPECT_EQ(error_of([&] { decode_netpbm(bytes, "f.ppm"); }), message);
+    }
+}
+
+#if XVR_COLOR_HAS_PNG
+
+namespace {
+
+// A PNG of another colour type, made with lodepng directly.
+std::vector<std::uint8_t> png_of(LodePNGColorType type, unsigned bit_depth, unsigned width,
+                                 std::vector<unsigned char> raw)
+{
+    LodePNGState state;
+    lodepng_state_init(&state);
+    state.encoder.auto_convert = 0;
+    state.info_raw.colortype = state.info_png.color.colortype = type;
+    state.info_raw.bitdepth = state.info_png.color.bitdepth = bit_depth;
+    unsigned char* encoded = nullptr;
+    std::size_t size = 0;
+    EXPECT_EQ(lodepng_encode(&encoded, &size, raw.data(), width, 1, &state), 0u);
+    lodepng_state_cleanup(&state);
+    std::vector<std::uint8_t> bytes(encoded, encoded + size);
+    free(encoded);
+    return bytes;
+}
+
+std::string png_error(const std::vector<std::uint8_t>& bytes)
+{
+    return error_of([&] { decode_png(bytes, "f.png"); });
+}
+
+} // namespace
+
+TEST(Codecs, PngSixteenBitSamplesAreStoredBigEndian)
+{
+    const std::vector<std::uint8_t> bytes = encode_png(image_of(1, 1, 16, {0x1234, 0x00ff, 0xff00}));
+    unsigned char* raw = nullptr;
+    unsigned width = 0, height = 0;
+    ASSERT_EQ(lodepng_decode_memory(&raw, &width, &height, bytes.data(), bytes.size(), LCT_RGB, 16), 0u);
+    EXPECT_EQ(std::vector<unsigned char>(raw, raw + 6),
+              (std::vector<unsigned char>{0x12, 0x34, 0x00, 0xff, 0xff, 0x00}));
+    free(raw);
+}
+
+TEST(Codecs, PngFilesThatCannotBeReadSayWhy)
+{
+    const std::string channels = "f.png has an unsupported channel count: it is ";
+    const std::string rgb_only = "; xvr-color reads RGB PNG files";
+    EXPECT_EQ(png_error(png_of(LCT_GREY, 16, 1, {0, 0})), channels + "greyscale (1 channel)" + rgb_only);
+    EXPECT_EQ(png_error(png_of(LCT_RGBA, 8, 1, {1, 2, 3, 4})), channels + "RGB with alpha (4 channels)" + rgb_only);
+    EXPECT_EQ(png_error(png_of(LCT_GREY, 4, 2, {0x12})),
+              "f.png has an unsupported bit depth: 4 bits per sample; xvr-color reads 8- and 16-bit RGB PNG files");
+    const std::vector<std::uint8_t> bytes = encode_png(make_blank_image(4, 4, 16));
+    const std::string header_only = png_error({bytes.begin(), bytes.begin() + 12});
+    EXPECT_EQ(header_only.rfind("f.png is not a readable PNG file: ", 0), 0u) << header_only;
+    std::vector<std::uint8_t> damaged = bytes;
+    damaged[damaged.size() / 2] ^= 0xff; // breaks a chunk's checksum or its compressed data
+    EXPECT_NE(png_error(damaged), "no error");
+}
+
+#else
+
+TEST(Codecs, ABuildWithoutLodepngSaysHowToGetIt)
+{
+    EXPECT_NE(error_of(require_png_support).find("liblodepng-dev:i386"), std::string::npos);
+}
+
+#endif
+
+TEST(Codecs, FilesAreReadByContentAndWrittenByExtension)
+{
+    EXPECT_EQ(output_format_for("dir.v2/A.PNG"), Image_file_format::png);
+    EXPECT_EQ(output_format_for("a.pnm"), Image_file_format::ppm);
+    EXPECT_EQ(output_format_for("a.pam"), Image_file_format::pam);
+    EXPECT_THROW(output_format_for("a.jpg"), Usage_error);
+    EXPECT_THROW(output_format_for("dir.png/file"), Usage_error);
+
+    Scratch_folder folder;
+    const Image image = image_of(2, 1, 16, {1, 2, 3, 65535, 0, 300});
+    write_image_file(folder.file("x.pam"), image);
+    ASSERT_EQ(rename(folder.file("x.pam").c_str(), folder.file("x.png").c_str()), 0);
+    EXPECT_EQ(read_image_file(folder.file("x.png")).samples, image.samples);
+    write_file_atomically(folder.file("empty.ppm"), {});
+    EXPECT_THROW(read_image_file(folder.file("empty.ppm")), Tool_error);
+    write_file_atomically(folder.file("text.ppm"), {'h', 'i'});
+    EXPECT_EQ(error_of([&] { read_image_file(folder.file("text.ppm")); }),
+              folder.file("text.ppm") + " is not a PNG, PPM or PAM file");
+}
+
+TEST(Codecs, WritesReplaceWholeFilesOrLeaveThemAsTheyWere)
+{
+    Scratch_folder folder;
+    const std::vector<std::uint8_t> some_bytes{1, 2, 3, 4, 5};
+    write_file_atomically(folder.file("out.bin"), std::vector<std::uint8_t>(1000, 7));
+    write_file_atomically(folder.file("out.bin"), some_bytes);
+    EXPECT_EQ(read_file(folder.file("out.bin")), some_bytes);
+    struct stat status {};
+    ASSERT_EQ(stat(folder.file("out.bin").c_str(), &status), 0);
+    const mode_t mask = umask(0);
+    umask(mask);
+    EXPECT_EQ(status.st_mode & 0777, 0666 & ~mask); // ordinary permissions, not the temporary's
+    // The target is a folder: the bytes can be written, but the rename cannot replace it.
+    ASSERT_EQ(mkdir(folder.file("busy").c_str(), 0755), 0);
+    EXPECT_THROW(write_file_atomically(folder.file("busy"), some_bytes), Tool_error);
+    EXPECT_EQ(error_of([&] { write_file_atomically(folder.file("missing/out.bin"), some_bytes); }),
+              "cannot write " + folder.file("missing/out.bin") + ": No such file or directory");
+    EXPECT_EQ(folder.entries(), (std::vector<std::string>{"busy", "out.bin"})) << "no temporary file is left";
+}
