@@ -10,7 +10,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <unordered_map>
 #include <utility>
 
 class Log_registry {
@@ -36,6 +35,8 @@ private:
 
     mutable std::mutex m_mutex;
     std::map<Log_names, Open_log> m_logs_by_names;
-    std::unordered_map<std::uint32_t, std::shared_ptr<const Log_channel>> m_channels_by_serial;
+    // Node-based maps: once every log is freed they hold no memory (a hash map would keep its
+    // bucket array, lost when the library is unloaded).
+    std::map<std::uint32_t, std::shared_ptr<const Log_channel>> m_channels_by_serial;
     std::uint32_t m_last_serial = 0;
 };
