@@ -29,10 +29,20 @@ as_root apt-get update || echo "setup: apt-get update failed in part; going on w
 
 export DEBIAN_FRONTEND=noninteractive
 # One package at a time, so that one that cannot be had does not keep the others out.
+install_package() {
+    as_root apt-get install -y --no-install-recommends "$1"
+}
 for package in "${missing[@]}"; do
-    if ! as_root apt-get install -y --no-install-recommends "$package"; then
-        echo "setup: could not install $package" >&2
+    if install_package "$package"; then
+        continue
     fi
+    # An i386 index caught mid-sync usually settles within a minute: refresh once and retry.
+    if [[ "$package" == *:i386 ]]; then
+        sleep 20
+        as_root apt-get update || true
+        install_package "$package" && continue
+    fi
+    echo "setup: could not install $package" >&2
 done
 
 # Only the compiler is indispensable; report the rest but let the build decide.
