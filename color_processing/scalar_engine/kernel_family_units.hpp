@@ -1,10 +1,12 @@
 // The kernel family is compiled in 384 units: one per sample type and combination of the
 // first seven decisions (input format and the six table flags). Each unit instantiates the
-// dispatch level that converts the remaining five values, and with it 162 kernels; the top of
+// dispatch level that converts the remaining five values, and with it 162 kernels (their
+// finishing stages come from the finish units of finish_block_units.hpp); the top of
 // the dispatch (scalar_process.cpp) declares those levels `extern template` so that it compiles
 // in a moment and never has to be rebuilt with the kernels.
 #pragma once
 
+#include "finish_block_units.hpp"
 #include "specialisation_dispatch.hpp"
 
 #include <tuple>
@@ -29,7 +31,8 @@
 
 #define NQ_DECLARE_KERNEL_UNIT(T, F, B1, B2, B3, B4, B5, B6) \
     extern template void NQ_KERNEL_UNIT_ENTRY(T, F, B1, B2, B3, B4, B5, B6);
-#define NQ_INSTANTIATE_KERNEL_UNIT(T, F, B1, B2, B3, B4, B5, B6) \
+#define NQ_INSTANTIATE_KERNEL_UNIT(T, F, B1, B2, B3, B4, B5, B6)            \
+    NQ_FOR_EACH_FINISH_BLOCK(NQ_DECLARE_FINISH_BLOCK, T, B4, B5, B6)         \
     template void NQ_KERNEL_UNIT_ENTRY(T, F, B1, B2, B3, B4, B5, B6);
 
 // NQ_FOR_EACH_KERNEL_UNIT(M) expands M(T, F, B1, ..., B6) once per unit. The preprocessor does

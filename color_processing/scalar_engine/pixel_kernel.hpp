@@ -1,89 +1,19 @@
 // The pixel kernel family. Every option that a per-pixel loop would otherwise test is a
-// template parameter, so each instance is a straight loop with only its own operations.
+// template parameter, so each instance runs only the operations its parameters ask for.
 //
 // A kernel works in blocks: it computes the three rounded sums of a block of pixels into an
 // array of doubles (round-to-nearest, the host's control word), converts the block to integers
-// under a single switch to truncation, then clamps, looks up, shifts and stores the block.
+// under a single switch to truncation, then clamps, looks up, shifts and stores the block. The
+// first and last steps are the stages of pixel_stages.hpp.
 #pragma once
 
-#include "buffer_layout.hpp"
+#include "pixel_stages.hpp"
 #include "transform_arguments.hpp"
 #include "truncating_conversion.hpp"
 
-#include <cstddef>
 #include <cstdint>
 
-namespace pixel_kernel_detail {
-
-constexpr int block_pixels = 128;
-
-template <bool APPLIED>
-inline uint32_t through_input_LUT(uint32_t sample, const LUT_entry* table)
-{
-    if constexpr (APPLIED) {
-        return static_cast<uint32_t>(table[sample]) & 0xFFFFu;
-    } else {
-        static_cast<void>(table);
-        return sample;
-    }
-}
-
-// One product of a coefficient and a sample, exact in the 64-bit significand (24 by 16 bits).
-// The coefficient is multiplied straight from memory: left to itself the compiler keeps nine
-// 80-bit copies of the coefficients and reloads them every pixel, which is much slower.
-inline long double product(const float& coefficient, uint32_t sample)
-{
-    long double value = static_cast<int32_t>(sample);
-    asm("fmuls %1" : "+t"(value) : "m"(coefficient));
-    return value;
-}
-
-// The sum of one output channel, in extended precision with the first two products added
-// first, plus one half, then rounded to double by the store into the block.
-inline double rounded_channel_sum(const float* row, uint32_t red, uint32_t green, uint32_t blue)
-{
-    const long double first_two = product(row[0], red) + product(row[1], green);
-    const long double sum = first_two + product(row[2], blue);
-    return static_cast<double>(sum + static_cast<long double>(0.5f));
-}
-
-// Clamp (max first, then min: a min above the max would win), then the output table.
-template <bool APPLIED>
-inline int32_t clamped_through_output_LUT(int32_t value, int32_t min, int32_t max,
-                                          const LUT_entry* table)
-{
-    if (value > max) value = max;
-    if (value < min) value = min;
-    if constexpr (APPLIED) {
-        return table[value];
-    } else {
-        static_cast<void>(table);
-        return value;
-    }
-}
-
-template <SINGLE_CHANNEL_SHIFTER_STATE STATE>
-inline int32_t shifted(int32_t value, int32_t distance)
-{
-    if constexpr (STATE == SINGLE_CHANNEL_SHIFTER_STATE_LEFT_SHIFT) {
-        return static_cast<int32_t>(static_cast<uint32_t>(value) << (static_cast<uint32_t>(distance) & 31u));
-    } else if constexpr (STATE == SINGLE_CHANNEL_SHIFTER_STATE_RIGHT_SHIFT) {
-        return value >> ((0u - static_cast<uint32_t>(distance)) & 31u);
-    } else {
-        static_cast<void>(distance);
-        return value;
-    }
-}
-
-// Everything one output channel needs after the conversion, loaded once per call.
-struct Channel_finish {
-    int32_t min;
-    int32_t max;
-    const LUT_entry* output_LUT;
-    int32_t shift_distance;
-};
-
-}  // namespace pixel_kernel_detail
+constexpr int pixel_kernel_block = 128;
 
 template <NQ_COLOR_FORMAT INPUT_FORMAT, bool BLUE_INPUT_LUT, bool GREEN_INPUT_LUT, bool RED_INPUT_LUT,
           bool BLUE_OUTPUT_LUT, bool GREEN_OUTPUT_LUT, bool RED_OUTPUT_LUT,
@@ -92,59 +22,18 @@ template <NQ_COLOR_FORMAT INPUT_FORMAT, bool BLUE_INPUT_LUT, bool GREEN_INPUT_LU
           typename T>
 void scalar_process_impl(const Transform_arguments<T>& arguments, int start)
 {
-    using namespace pixel_kernel_detail;
-    constexpr std::size_t output_channels = FOURTH_CHANNEL ? 4 : 3;
-
+    double sums[3 * pixel_kernel_block];
+    int32_t values[3 * pixel_kernel_block];
     const int32_t pixel_count = arguments.pixel_count;
-    const Buffer_layout<INPUT_FORMAT, const uint16_t, 3> input(arguments.input_buffer,
-                                                               static_cast<std::size_t>(pixel_count));
-    const Buffer_layout<OUTPUT_FORMAT, T, output_channels> output(arguments.output_buffer,
-                                                                  static_cast<std::size_t>(pixel_count));
-    const LUT_entry* const blue_input_LUT = arguments.blue_input_LUT;
-    const LUT_entry* const green_input_LUT = arguments.green_input_LUT;
-    const LUT_entry* const red_input_LUT = arguments.red_input_LUT;
-    float matrix[9];
-    for (int k = 0; k < 9; ++k) matrix[k] = arguments.matrix[k];
-    const Channel_finish blue{arguments.blue_clamp_min, arguments.blue_clamp_max,
-                              arguments.blue_output_LUT, arguments.blue_shift_distance};
-    const Channel_finish green{arguments.green_clamp_min, arguments.green_clamp_max,
-                               arguments.green_output_LUT, arguments.green_shift_distance};
-    const Channel_finish red{arguments.red_clamp_min, arguments.red_clamp_max,
-                             arguments.red_output_LUT, arguments.red_shift_distance};
-
-    // Per pixel k of a block: red, green, blue at 3k, 3k+1, 3k+2.
-    double sums[3 * block_pixels];
-    int32_t values[3 * block_pixels];
-
     for (int32_t block_begin = start; block_begin < pixel_count;) {
         const int64_t remaining = static_cast<int64_t>(pixel_count) - block_begin;
-        const int count = remaining < block_pixels ? static_cast<int>(remaining) : block_pixels;
-
-        for (int k = 0; k < count; ++k) {
-            const std::size_t i = static_cast<std::size_t>(block_begin + k);
-            const uint32_t b = through_input_LUT<BLUE_INPUT_LUT>(input.blue(i), blue_input_LUT);
-            const uint32_t g = through_input_LUT<GREEN_INPUT_LUT>(input.green(i), green_input_LUT);
-            const uint32_t r = through_input_LUT<RED_INPUT_LUT>(input.red(i), red_input_LUT);
-            sums[3 * k] = rounded_channel_sum(matrix, r, g, b);
-            sums[3 * k + 1] = rounded_channel_sum(matrix + 3, r, g, b);
-            sums[3 * k + 2] = rounded_channel_sum(matrix + 6, r, g, b);
-        }
-
+        const int count = remaining < pixel_kernel_block ? static_cast<int>(remaining) : pixel_kernel_block;
+        compute_block_sums<INPUT_FORMAT, BLUE_INPUT_LUT, GREEN_INPUT_LUT, RED_INPUT_LUT>(
+            arguments, block_begin, count, sums);
         convert_to_int32_truncating(sums, values, 3 * count);
-
-        for (int k = 0; k < count; ++k) {
-            const std::size_t i = static_cast<std::size_t>(block_begin + k);
-            const int32_t r = clamped_through_output_LUT<RED_OUTPUT_LUT>(values[3 * k], red.min,
-                                                                         red.max, red.output_LUT);
-            const int32_t g = clamped_through_output_LUT<GREEN_OUTPUT_LUT>(
-                values[3 * k + 1], green.min, green.max, green.output_LUT);
-            const int32_t b = clamped_through_output_LUT<BLUE_OUTPUT_LUT>(
-                values[3 * k + 2], blue.min, blue.max, blue.output_LUT);
-            output.blue(i) = static_cast<T>(shifted<BLUE_SHIFTER>(b, blue.shift_distance));
-            output.green(i) = static_cast<T>(shifted<GREEN_SHIFTER>(g, green.shift_distance));
-            output.red(i) = static_cast<T>(shifted<RED_SHIFTER>(r, red.shift_distance));
-            if constexpr (FOURTH_CHANNEL) output.fourth(i) = T{0};
-        }
+        finish_block<BLUE_OUTPUT_LUT, GREEN_OUTPUT_LUT, RED_OUTPUT_LUT, BLUE_SHIFTER, GREEN_SHIFTER,
+                     RED_SHIFTER, FOURTH_CHANNEL, OUTPUT_FORMAT>(arguments, block_begin, count,
+                                                                 values);
         block_begin += count;
     }
 }
