@@ -4,10 +4,10 @@
 # and the script goes on with whatever it can install.
 set -u
 
-packages=(g++-multilib ccache cmake ninja-build pkg-config binutils googletest)
+packages=(g++-multilib ccache cmake ninja-build pkg-config binutils googletest valgrind)
 # The command-line tool reads and writes PNG through lodepng; its 32-bit library comes from the
 # i386 architecture, which has to be enabled first.
-i386_packages=(liblodepng-dev:i386)
+i386_packages=(liblodepng-dev:i386 libc6-dbg:i386)
 
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
