@@ -8,7 +8,6 @@
 
 namespace {
 
-const char* const error_prefix = "ERROR: ";
 const char* const validation_function = "transform";
 
 // Source lines of the validation records; hosts filter their logs by them.

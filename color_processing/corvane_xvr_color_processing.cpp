@@ -18,7 +18,6 @@
 namespace {
 
 const char* const module_name = "CORVANE_XVR_COLOR_PROCESSING";
-const char* const error_prefix = "ERROR: ";
 const char* const null_handle_message = "%s The specified color processor handle is NULL!";
 
 constexpr int largest_bit_depth = 16;

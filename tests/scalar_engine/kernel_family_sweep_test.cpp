@@ -164,7 +164,6 @@ void sweep_all_combinations(uint32_t seed)
     sweep.fill_tables(distinct_tables);
     sweep.fill_tables(same_input_tables);
     same_input_tables.tables[1] = same_input_tables.tables[2] = same_input_tables.tables[0];
-    int compared = 0;
     for (int index = 0; index < combinations_per_sample_type; ++index) {
         const Combination c = decode(index);
         const int32_t pixel_count = sweep.uniform(1, 9);
@@ -178,9 +177,7 @@ void sweep_all_combinations(uint32_t seed)
         ASSERT_EQ(test.engine_output, test.reference_output)
             << describe(c) << ", pixels " << pixel_count << ", start " << start << ", matrix "
             << index % static_cast<int>(matrices.size());
-        ++compared;
     }
-    EXPECT_EQ(compared, combinations_per_sample_type);
 }
 
 TEST(KernelFamilySweep, EverySixteenBitKernelMatchesTheReference)
