@@ -1,8 +1,15 @@
+// The top of the dispatch: the first seven decisions. The levels below belong to the kernel
+// units, declared here from the generated list; this unit compiles in a moment and never has to
+// be rebuilt with the kernels.
+#define NQ_DISPATCH_TOP
+
 #include "scalar_process.hpp"
 
 #include "kernel_family_units.hpp"
 
-NQ_FOR_EACH_KERNEL_UNIT(NQ_DECLARE_KERNEL_UNIT)
+#define NQ_KERNEL_UNIT NQ_DECLARE_KERNEL_UNIT
+#include "kernel_family_units.inc"
+#undef NQ_KERNEL_UNIT
 
 template <typename T>
 void scalar_process(const Transform_arguments<T>& arguments, int start)

@@ -6,7 +6,7 @@
 // N == 0 the callback receives the constants as template arguments. The members are defined
 // outside the class so that `extern template` declarations of one level are honoured: the top
 // of the dispatch is compiled in one unit and each subtree below the seventh decision in its
-// own (see kernel_family_units.hpp).
+// own (see kernel_family_units.hpp and README.md).
 #pragma once
 
 #include "pixel_kernel.hpp"
@@ -16,6 +16,20 @@
 #include <tuple>
 #include <type_traits>
 #include <utility>
+
+// The level a kernel unit owns: the top of the dispatch converts the first seven values, a unit
+// the remaining five.
+constexpr unsigned kernel_unit_level = 5;
+
+// The top of the dispatch defines NQ_DISPATCH_TOP. It declares the unit levels `extern template`
+// and must never compile one: should its call stop matching the declared entries, the level it
+// calls would be a different function, and the compiler would build the whole family into the
+// top. There that is a compile error instead.
+#ifdef NQ_DISPATCH_TOP
+constexpr bool unit_levels_compiled_here = false;
+#else
+constexpr bool unit_levels_compiled_here = true;
+#endif
 
 constexpr SINGLE_CHANNEL_SHIFTER_STATE get_shifter_state(int32_t distance)
 {
@@ -51,6 +65,10 @@ private:
     // Only the values 1 and 2 have kernels of their own; every other value is taken as 0.
     template <typename Enumeration, typename R, typename... Rest>
     static R impl_three_way(Enumeration value, Rest&&... rest);
+
+    // Calls the next level with one more constant.
+    template <typename Constant, typename R, typename... Rest>
+    static R descend(Rest&&... rest);
 };
 
 template <typename Callback, typename... Constants>
@@ -76,10 +94,8 @@ template <typename Callback, unsigned COUNT, typename Constants>
 template <typename R, typename... Rest>
 R var_to_template<Callback, COUNT, Constants>::impl(bool value, Rest&&... rest)
 {
-    if (value) {
-        return next_level<std::true_type>::template impl<R>(std::forward<Rest>(rest)...);
-    }
-    return next_level<std::false_type>::template impl<R>(std::forward<Rest>(rest)...);
+    if (value) return descend<std::true_type, R>(std::forward<Rest>(rest)...);
+    return descend<std::false_type, R>(std::forward<Rest>(rest)...);
 }
 
 template <typename Callback, unsigned COUNT, typename Constants>
@@ -102,14 +118,27 @@ R var_to_template<Callback, COUNT, Constants>::impl_three_way(Enumeration value,
 {
     switch (value) {
     case 1:
-        return next_level<std::integral_constant<Enumeration, Enumeration(1)>>::template impl<R>(
+        return descend<std::integral_constant<Enumeration, Enumeration(1)>, R>(
             std::forward<Rest>(rest)...);
     case 2:
-        return next_level<std::integral_constant<Enumeration, Enumeration(2)>>::template impl<R>(
+        return descend<std::integral_constant<Enumeration, Enumeration(2)>, R>(
             std::forward<Rest>(rest)...);
     default:
-        return next_level<std::integral_constant<Enumeration, Enumeration(0)>>::template impl<R>(
+        return descend<std::integral_constant<Enumeration, Enumeration(0)>, R>(
             std::forward<Rest>(rest)...);
+    }
+}
+
+template <typename Callback, unsigned COUNT, typename Constants>
+template <typename Constant, typename R, typename... Rest>
+R var_to_template<Callback, COUNT, Constants>::descend(Rest&&... rest)
+{
+    if constexpr (COUNT > kernel_unit_level || unit_levels_compiled_here) {
+        return next_level<Constant>::template impl<R>(std::forward<Rest>(rest)...);
+    } else {
+        static_assert(COUNT > kernel_unit_level,
+                      "the top of the dispatch reaches a kernel unit's level that no unit declares: "
+                      "its call must match NQ_KERNEL_UNIT_ENTRY (scalar_engine/README.md)");
     }
 }
 

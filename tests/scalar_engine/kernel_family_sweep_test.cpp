@@ -1,4 +1,5 @@
-// Every one of the 62,208 kernels, reached through the dispatch, against the reference.
+// Every one of the 62,208 kernels, reached through the dispatch, against the reference. The
+// combinations are read from the build's list of kernel units.
 #include "reference_pipeline.hpp"
 #include "transform_case.hpp"
 
@@ -6,13 +7,14 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <limits>
 #include <random>
+#include <set>
 #include <sstream>
+#include <vector>
 
 namespace {
-
-constexpr int combinations_per_sample_type = 3 * 64 * 27 * 2 * 3;
 
 // Matrices chosen to reach ordinary results, exact halves, negative and out-of-range sums,
 // NaN and infinities, and sums whose rounding needs the extended significand.
@@ -39,22 +41,31 @@ struct Combination {
     int blue_shift, green_shift, red_shift, fourth, output_format;
 };
 
-Combination decode(int index)
+// The kernel units as the build lists them: sample size, input format, six table flags.
+struct Kernel_unit {
+    std::size_t sample_size;
+    std::array<int, 7> decisions;
+};
+#define NQ_KERNEL_UNIT(T, F, B1, B2, B3, B4, B5, B6) Kernel_unit{sizeof(T), {F, B1, B2, B3, B4, B5, B6}},
+const Kernel_unit kernel_units[] = {
+#include "kernel_family_units.inc"
+};
+#undef NQ_KERNEL_UNIT
+
+// Every combination of one sample type, unit by unit from the build's list, then the 162
+// decisions each unit takes itself.
+std::vector<Combination> combinations_of(std::size_t sample_size)
 {
-    Combination c{};
-    c.output_format = index % 3; index /= 3;
-    c.fourth = index % 2; index /= 2;
-    c.red_shift = index % 3; index /= 3;
-    c.green_shift = index % 3; index /= 3;
-    c.blue_shift = index % 3; index /= 3;
-    c.red_out = index % 2; index /= 2;
-    c.green_out = index % 2; index /= 2;
-    c.blue_out = index % 2; index /= 2;
-    c.red_in = index % 2; index /= 2;
-    c.green_in = index % 2; index /= 2;
-    c.blue_in = index % 2; index /= 2;
-    c.input_format = index;
-    return c;
+    std::vector<Combination> all;
+    for (const Kernel_unit& unit : kernel_units) {
+        if (unit.sample_size != sample_size) continue;
+        const auto& d = unit.decisions;
+        for (int rest = 0; rest < 162; ++rest) {
+            all.push_back(Combination{d[0], d[1], d[2], d[3], d[4], d[5], d[6], rest / 54 % 3,
+                                      rest / 18 % 3, rest / 6 % 3, rest / 3 % 2, rest % 3});
+        }
+    }
+    return all;
 }
 
 std::string describe(const Combination& c)
@@ -164,8 +175,9 @@ void sweep_all_combinations(uint32_t seed)
     sweep.fill_tables(distinct_tables);
     sweep.fill_tables(same_input_tables);
     same_input_tables.tables[1] = same_input_tables.tables[2] = same_input_tables.tables[0];
-    for (int index = 0; index < combinations_per_sample_type; ++index) {
-        const Combination c = decode(index);
+    const std::vector<Combination> combinations = combinations_of(sizeof(T));
+    for (int index = 0; index < static_cast<int>(combinations.size()); ++index) {
+        const Combination& c = combinations[static_cast<std::size_t>(index)];
         const int32_t pixel_count = sweep.uniform(1, 9);
         const bool distinct = (index / static_cast<int>(matrices.size())) % 2 == 0;
         Transform_case<T> test(pixel_count, distinct ? distinct_tables : same_input_tables);
@@ -177,6 +189,25 @@ void sweep_all_combinations(uint32_t seed)
         ASSERT_EQ(test.engine_output, test.reference_output)
             << describe(c) << ", pixels " << pixel_count << ", start " << start << ", matrix "
             << index % static_cast<int>(matrices.size());
+    }
+}
+
+// The list names each unit once, and the units of a sample type cover the 192 combinations of
+// input format and table flags: else some kernels would exist nowhere, or twice.
+TEST(KernelFamilySweep, TheBuildListsEveryKernelUnitOnce)
+{
+    std::set<std::pair<std::size_t, std::array<int, 7>>> distinct;
+    for (const Kernel_unit& unit : kernel_units) distinct.insert({unit.sample_size, unit.decisions});
+    EXPECT_EQ(distinct.size(), std::size(kernel_units));
+    for (std::size_t sample_size : {1u, 2u}) {
+        int units = 0;
+        for (const Kernel_unit& unit : kernel_units) {
+            if (unit.sample_size != sample_size) continue;
+            ++units;
+            EXPECT_TRUE(unit.decisions[0] >= 0 && unit.decisions[0] <= 2);
+            for (int flag = 1; flag < 7; ++flag) EXPECT_TRUE(unit.decisions[flag] <= 1);
+        }
+        EXPECT_EQ(units, 3 * 64) << "sample size " << sample_size;
     }
 }
 

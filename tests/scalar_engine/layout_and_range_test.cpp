@@ -1,10 +1,10 @@
-// Addressing, the range of pixels a call touches, format and flag spellings, and what the
-// shift and the narrowing do to the final value.
-#include "reference_pipeline.hpp"
+// Worked cases of the pipeline, independent of the reference: the range of pixels a call
+// touches (beyond what the sweep reaches: counts of several blocks, starts past the end, counts
+// of 0 and below), the layouts, flag bytes other than 1, and what the tables, the shift and
+// the narrowing do to the final value. The sweep covers the rest against the reference.
 #include "transform_case.hpp"
 
 #include "scalar_engine/scalar_process.hpp"
-#include "scalar_engine/specialisation_dispatch.hpp"
 
 #include <gtest/gtest.h>
 
@@ -23,31 +23,6 @@ std::vector<T> all_sentinel(const Transform_case<T>& test)
 void fill_ramp(std::vector<uint16_t>& samples, uint16_t first = 100)
 {
     std::iota(samples.begin(), samples.end(), first);
-}
-
-TEST(PixelRange, PlanarStrideIsTheWholeCountWhenProcessingStartsMidBuffer)
-{
-    const int32_t n = 5;
-    Table_set tables(1);
-    Transform_case<unsigned short> test(n, tables);
-    fill_ramp(test.input);
-    test.arguments.fourth_channel_enabled = true;
-    scalar_process(test.for_engine(), 2);
-
-    const auto& out = test.engine_output;
-    for (int i = 0; i < n; ++i) {
-        for (int plane = 0; plane < 4; ++plane) {
-            const std::size_t at = static_cast<std::size_t>(plane * n + i);
-            if (i < 2) {
-                EXPECT_EQ(out[at], Transform_case<unsigned short>::sentinel) << "pixel " << i;
-            } else if (plane == 3) {
-                EXPECT_EQ(out[at], 0) << "fourth plane, pixel " << i;
-            } else {
-                EXPECT_EQ(out[at], test.input[at]) << "plane " << plane << ", pixel " << i;
-            }
-        }
-    }
-    EXPECT_EQ(out[4 * n], Transform_case<unsigned short>::sentinel) << "guard beyond the end";
 }
 
 TEST(PixelRange, StartAtOrBeyondTheCountAndNonPositiveCountsWriteNothing)
@@ -115,23 +90,6 @@ TEST(Layouts, RgbInputIsReadRedFirst)
               (std::vector<unsigned char>{10, 20, 30, Transform_case<unsigned char>::sentinel}));
 }
 
-TEST(Dispatch, FormatValuesOtherThanOneAndTwoArePlanar)
-{
-    Table_set tables(1);
-    for (int32_t spelling : {-1, 3, 7, -2147483647 - 1}) {
-        Transform_case<unsigned short> test(3, tables);
-        fill_ramp(test.input);
-        test.matrix = {0.5f, 0.5f, 0, 0, 1, 0, 0.25f, 0, 1};
-        test.arguments.input_buffer_format = static_cast<NQ_COLOR_FORMAT>(spelling);
-        test.arguments.output_buffer_format = static_cast<NQ_COLOR_FORMAT>(spelling);
-        scalar_process(test.for_engine(), 0);
-        test.arguments.input_buffer_format = NQ_COLOR_FORMAT_BGR_PLANAR;
-        test.arguments.output_buffer_format = NQ_COLOR_FORMAT_BGR_PLANAR;
-        reference::process(test.for_reference(), 0);
-        EXPECT_EQ(test.engine_output, test.reference_output) << "format " << spelling;
-    }
-}
-
 TEST(Dispatch, AnyNonZeroFlagByteAppliesTheTable)
 {
     Table_set tables(65536);
@@ -143,14 +101,6 @@ TEST(Dispatch, AnyNonZeroFlagByteAppliesTheTable)
     scalar_process(test.for_engine(), 0);
     EXPECT_EQ(test.engine_output[0], 4321);
     EXPECT_EQ(test.engine_output[1], 6);
-}
-
-TEST(Dispatch, ShifterStateFollowsTheSignOfTheDistance)
-{
-    EXPECT_EQ(get_shifter_state(0), SINGLE_CHANNEL_SHIFTER_STATE_NO_SHIFT);
-    EXPECT_EQ(get_shifter_state(5), SINGLE_CHANNEL_SHIFTER_STATE_LEFT_SHIFT);
-    EXPECT_EQ(get_shifter_state(-5), SINGLE_CHANNEL_SHIFTER_STATE_RIGHT_SHIFT);
-    EXPECT_EQ(get_shifter_state(-2147483647 - 1), SINGLE_CHANNEL_SHIFTER_STATE_RIGHT_SHIFT);
 }
 
 // A single pixel whose three channels are `value` before the output table and the shift.
