@@ -2,25 +2,37 @@
 
 #include <dlfcn.h>
 
-#include <string>
-
-void* load_shared_library(const char* module_name)
+void* open_shared_library_module(const char* module_name)
 {
-    // The name is decorated as it stands, even when it already looks like a file name: callers
-    // name modules, never files.
     std::string file_name("lib");
     file_name += module_name;
     file_name += ".so";
-    return dlopen(file_name.c_str(), RTLD_LAZY);
+    return open_shared_library_file(file_name.c_str());
 }
 
-void unload_shared_library(void*& library_handle)
+void* open_shared_library_file(const char* file_name)
+{
+    return dlopen(file_name, RTLD_LAZY);
+}
+
+void* find_loaded_shared_library(const char* file_name)
+{
+    return dlopen(file_name, RTLD_LAZY | RTLD_NOLOAD);
+}
+
+void close_shared_library(void*& library_handle)
 {
     dlclose(library_handle);
     library_handle = nullptr;
 }
 
-void* get_function_handle(void* library_handle, const char* symbol_name)
+void* find_library_symbol(void* library_handle, const char* symbol_name)
 {
     return dlsym(library_handle, symbol_name);
+}
+
+std::string shared_library_error()
+{
+    const char* const reason = dlerror();
+    return reason != nullptr ? reason : "unknown reason";
 }

@@ -3,6 +3,7 @@
 // error: transforms then fall back to the other library or to the scalar path.
 #pragma once
 
+#include "modules/shared_library.hpp"
 #include "scalar_engine/transform_arguments.hpp"
 
 class Vector_color_processing_module {
@@ -22,13 +23,13 @@ public:
                                    const char* terminate_name);
 
     // Terminates the library whenever its terminate entry point was bound, also after a failed
-    // initialisation, then closes it.
+    // initialisation, then closes it. A library that failed part-way is closed too.
     ~Vector_color_processing_module();
 
     Vector_color_processing_module(const Vector_color_processing_module&) = delete;
     Vector_color_processing_module& operator=(const Vector_color_processing_module&) = delete;
 
-    void* m_library_handle = nullptr;
+    Shared_library m_library_handle;
     bool m_failed = false;  // never reset once set
     Initialize_function m_initialize = nullptr;
     Transform_8_bit_output_function m_transform_8_bit_output = nullptr;

@@ -1,14 +1,9 @@
 #include "modules/xvr_log_object.hpp"
 
-#include <dlfcn.h>
-
 #include <cstdio>
 #include <utility>
 
 namespace {
-
-using Get_log_function = void* (*)(const char* module_name, const char* secondary_name);
-using Free_log_function = void (*)(const char* module_name, const char* secondary_name);
 
 const char* const logger_library_file = "libcorvane_xvr_logger.so";
 
@@ -21,36 +16,41 @@ Xvr_log_object::Xvr_log_object(std::string module_name) : m_module_name(std::mov
 
 void Xvr_log_object::bind_logger_library()
 {
-    m_library_handle = dlopen(logger_library_file, RTLD_LAZY);
-    if (m_library_handle == nullptr) return;
+    m_library_handle = Shared_library::open_file(logger_library_file);
+    if (!m_library_handle) return;
 
-    auto get_log = reinterpret_cast<Get_log_function>(dlsym(m_library_handle, "xvr_get_log"));
-    if (get_log == nullptr) return;
-    m_log_handle = get_log(m_module_name.c_str(), m_secondary_name.c_str());
+    decltype(&xvr_get_log) get_log = nullptr;
+    if (!m_library_handle.bind(get_log, "xvr_get_log")) return;
+    try {
+        m_log_handle = get_log(m_module_name.c_str(), m_secondary_name.c_str());
+    } catch (...) {
+        // The logger library failed in the middle of opening a log; unloading it under that
+        // half-made log is worse than keeping it loaded.
+        m_library_handle.leave_open();
+        throw;
+    }
     if (m_log_handle == nullptr) return;
 
-    m_log_function = reinterpret_cast<Log_function>(dlsym(m_library_handle, "xvr_log"));
-    if (m_log_function == nullptr) return;
+    if (!m_library_handle.bind(m_log_function, "xvr_log")) return;
     m_enabled = true;
 }
 
 Xvr_log_object::~Xvr_log_object()
 {
-    if (m_library_handle == nullptr) return;
+    if (!m_library_handle) return;
     // A logger library whose xvr_free_log throws may still hold on to the log; closing it
     // under that log's feet is worse than leaving it loaded.
-    if (!free_log()) return;
-    dlclose(m_library_handle);
+    if (!free_log()) m_library_handle.leave_open();
 }
 
 bool Xvr_log_object::free_log() noexcept
 {
     // The logger library knows its logs by their names, so the log is freed by name, even when
     // xvr_get_log never handed one out.
-    auto free_log = reinterpret_cast<Free_log_function>(dlsym(m_library_handle, "xvr_free_log"));
-    if (free_log == nullptr) return true;
+    decltype(&xvr_free_log) free_by_name = nullptr;
+    if (!m_library_handle.bind(free_by_name, "xvr_free_log")) return true;
     try {
-        free_log(m_module_name.c_str(), m_secondary_name.c_str());
+        free_by_name(m_module_name.c_str(), m_secondary_name.c_str());
     } catch (...) {
         return false;
     }
@@ -87,6 +87,5 @@ bool Xvr_log_object::deliver(XVR_LOG_PRIORITY priority, const char* file, int li
 
     std::string text(static_cast<std::size_t>(length), '\0');
     std::vsprintf(text.data(), format, arguments);
-    return m_log_function(m_log_handle, static_cast<int32_t>(priority), file, line, function,
-                          text.c_str()) == 0;
+    return m_log_function(m_log_handle, priority, file, line, function, text.c_str()) == 0;
 }

@@ -4,10 +4,16 @@
 // colour processing works the same with or without logging.
 #pragma once
 
-#include "modules/xvr_log_priority.hpp"
+#include "modules/shared_library.hpp"
+
+#include <corvane_xvr_logger.h>
 
 #include <cstdarg>
 #include <string>
+
+// Error formats begin with "%s ", filled with this prefix, so that every error record's text
+// begins with "ERROR:" and two blanks.
+inline constexpr const char* error_prefix = "ERROR: ";
 
 class Xvr_log_object {
 public:
@@ -29,17 +35,14 @@ public:
     bool enabled() const { return m_enabled; }
 
 private:
-    using Log_function = int (*)(void* log, int32_t priority, const char* file, int line,
-                                 const char* function, const char* message);
-
     void bind_logger_library();
     bool deliver(XVR_LOG_PRIORITY priority, const char* file, int line, const char* function,
                  const char* format, va_list arguments);
     bool free_log() noexcept;
 
-    void* m_library_handle = nullptr;
+    Shared_library m_library_handle;
     void* m_log_handle = nullptr;
-    Log_function m_log_function = nullptr;
+    decltype(&xvr_log) m_log_function = nullptr;
     bool m_enabled = false;
     std::string m_module_name;
     std::string m_secondary_name;

@@ -5,12 +5,13 @@
 
 #include <corvane_xvr_color_processing.h>
 
+#include "modules/shared_library.hpp"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <dlfcn.h>
 #include <functional>
 #include <vector>
 
@@ -19,12 +20,9 @@ namespace {
 // Tables alive in the table library that the core opened, by that library's own counter.
 int live_tables_in_loaded_LUT_library()
 {
-    void* library = dlopen("libcorvane_xvr_LUT.so", RTLD_LAZY | RTLD_NOLOAD);
-    if (library == nullptr) return -1;
-    auto count = reinterpret_cast<std::int32_t (*)()>(dlsym(library, "nq_LUT_live_table_count"));
-    const int live = count != nullptr ? count() : -1;
-    dlclose(library);
-    return live;
+    const Shared_library library = Shared_library::find_loaded("libcorvane_xvr_LUT.so");
+    std::int32_t (*count)() = nullptr;
+    return library && library.bind(count, "nq_LUT_live_table_count") ? count() : -1;
 }
 
 // Independent model of one output channel after the matrix: round half up, clamp, output

@@ -7,6 +7,8 @@
 // (NQ_WITHOUT_XVR_GET_LOG).
 #include "companion_probe.h"
 
+#include <corvane_xvr_logger.h>
+
 #include <stdexcept>
 
 namespace {

@@ -7,13 +7,15 @@
 // "nq_LUT_transform_16" (NQ_WITHOUT_TRANSFORM_16).
 #include "companion_probe.h"
 
+#include <corvane_xvr_LUT.h>
+
 #include <cstdint>
 #include <new>
 #include <set>
 #include <stdexcept>
 #include <vector>
 
-struct LUT_table {
+struct nq_LUT_table {
     int number;
     std::vector<int32_t> entries;
 };
@@ -22,9 +24,9 @@ namespace {
 
 constexpr int32_t unset_entry = 0x5A5A5A5A;
 
-std::set<LUT_table*>& live_tables()
+std::set<LUT_handle>& live_tables()
 {
-    static std::set<LUT_table*> tables;
+    static std::set<LUT_handle> tables;
     return tables;
 }
 
@@ -44,18 +46,18 @@ void nq_LUT_module_initialize()
     nq_probe_event("lut.initialize");
 }
 
-LUT_table* nq_create_LUT_test(int entries, bool avx2_flag)
+LUT_handle nq_create_LUT_test(int entries, bool avx2_flag)
 {
     const int number = nq_probe_next_number("lut.tables");
     nq_probe_event("lut.create #%d %d %d", number, entries, avx2_flag ? 1 : 0);
     throw_if_chosen(number);
-    auto* table = new LUT_table{number, std::vector<int32_t>(static_cast<std::size_t>(entries),
+    auto* table = new nq_LUT_table{number, std::vector<int32_t>(static_cast<std::size_t>(entries),
                                                              unset_entry)};
     live_tables().insert(table);
     return table;
 }
 
-int32_t* nq_get_LUT_data(LUT_table* table)
+int32_t* nq_get_LUT_data(LUT_handle table)
 {
     if (live_tables().count(table) == 0) {
         nq_probe_event("lut.get_data of an unknown table");
@@ -65,7 +67,7 @@ int32_t* nq_get_LUT_data(LUT_table* table)
     return table->entries.data();
 }
 
-void nq_destroy_LUT(LUT_table* table)
+void nq_destroy_LUT(LUT_handle table)
 {
     if (live_tables().erase(table) == 0) {
         nq_probe_event("lut.destroy of an unknown table");
@@ -76,9 +78,10 @@ void nq_destroy_LUT(LUT_table* table)
 }
 
 #ifndef NQ_WITHOUT_TRANSFORM_16
-void nq_LUT_transform_16()
+int nq_LUT_transform_16(LUT_handle, const std::uint16_t*, std::uint16_t*, std::int32_t)
 {
     nq_probe_event("lut.transform_16");
+    return NQ_LUT_NO_ERROR;
 }
 #endif
 

@@ -2,19 +2,16 @@
 
 #include "tool_error.hpp"
 
-#include <dlfcn.h>
+#include "modules/shared_library.hpp"
 
 namespace xvr_color {
 
 std::string reason_library_cannot_open(const char* file_name)
 {
-    void* handle = dlopen(file_name, RTLD_LAZY | RTLD_LOCAL);
-    if (handle != nullptr) {
-        dlclose(handle);
+    if (Shared_library::open_file(file_name)) {
         return "";
     }
-    const char* reason = dlerror();
-    return reason != nullptr ? reason : "unknown reason";
+    return shared_library_error();
 }
 
 void require_lut_library()

@@ -8,10 +8,10 @@ namespace xvr_color {
 
 namespace {
 
-std::string format_number(const char* format, double value)
+std::string format_number(double value, int decimals)
 {
     char text[64];
-    std::snprintf(text, sizeof text, format, value);
+    std::snprintf(text, sizeof text, "%.*f", decimals, value);
     return text;
 }
 
@@ -86,12 +86,12 @@ std::string describe_throughput(std::size_t pixels, int transforms, double secon
 {
     std::string text = std::to_string(transforms) + (transforms == 1 ? " transform" : " transforms") +
                        " of " + std::to_string(pixels) + " pixels in " +
-                       format_number("%.3f", seconds * 1000.0) + " ms";
+                       format_number(seconds * 1000.0, 3) + " ms";
     if (seconds <= 0.0) {
         return text + ": too fast to measure";
     }
     const double megapixels = static_cast<double>(pixels) * transforms / 1e6;
-    return text + ": " + format_number("%.1f", megapixels / seconds) + " megapixels per second";
+    return text + ": " + format_number(megapixels / seconds, 1) + " megapixels per second";
 }
 
 std::string describe_output(const std::string& output_path, const Image& image)

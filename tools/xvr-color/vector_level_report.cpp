@@ -2,8 +2,8 @@
 
 #include "tool_error.hpp"
 
-#include <cpuid.h>
-#include <dlfcn.h>
+#include "modules/shared_library.hpp"
+#include "vector_capability.hpp"
 
 namespace xvr_color {
 
@@ -14,12 +14,7 @@ constexpr const char* avx2_library_file = "libcorvane_xvr_color_processing_vecto
 
 bool is_loaded(const char* file_name)
 {
-    void* handle = dlopen(file_name, RTLD_LAZY | RTLD_NOLOAD);
-    if (handle == nullptr) {
-        return false;
-    }
-    dlclose(handle);
-    return true;
+    return static_cast<bool>(Shared_library::find_loaded(file_name));
 }
 
 const char* level_name(int level)
@@ -35,23 +30,6 @@ const char* level_name(int level)
 }
 
 } // namespace
-
-int detect_vector_level()
-{
-    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
-    if (!__get_cpuid(1, &eax, &ebx, &ecx, &edx)) {
-        return 0;
-    }
-    const bool fma = (ecx & bit_FMA) != 0;
-    const bool sse41 = (ecx & bit_SSE4_1) != 0;
-    const bool sse_and_sse2 = (edx & bit_SSE) != 0 && (edx & bit_SSE2) != 0;
-    unsigned eax7 = 0, ebx7 = 0, ecx7 = 0, edx7 = 0;
-    const bool avx2 = __get_cpuid_count(7, 0, &eax7, &ebx7, &ecx7, &edx7) && (ebx7 & bit_AVX2);
-    if (avx2 && fma) {
-        return 2;
-    }
-    return sse_and_sse2 && sse41 ? 1 : 0;
-}
 
 int Vector_level_report::level_in_use() const
 {

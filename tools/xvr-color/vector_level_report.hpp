@@ -22,10 +22,6 @@ struct Vector_level_report {
     std::string description() const;
 };
 
-// The level the library detects on this processor: 2 for AVX2 with FMA, 1 for SSE4.1 with
-// SSE2, else 0.
-int detect_vector_level();
-
 // Throws Usage_error when a forced level is above the detected one: the vector library of such a
 // level would run instructions this processor does not have.
 void require_supported_level(const Vector_choice& choice);
