@@ -1,5 +1,6 @@
 #include "color_correction.hpp"
 
+#include "log_record_lines.hpp"
 #include "modules/logger.hpp"
 #include "scalar_engine/scalar_process.hpp"
 
@@ -10,32 +11,19 @@ namespace {
 
 const char* const validation_function = "transform";
 
-// Source lines of the validation records; hosts filter their logs by them.
-namespace validation_line {
-constexpr int null_input_buffer = 114;
-constexpr int null_output_buffer = 120;
-constexpr int identical_buffers = 126;
-constexpr int invalid_input_format = 132;
-constexpr int invalid_blue_shift = 138;
-constexpr int invalid_green_shift = 144;
-constexpr int invalid_red_shift = 150;
-constexpr int invalid_blue_clamp = 156;
-constexpr int invalid_green_clamp = 162;
-constexpr int invalid_red_clamp = 168;
-constexpr int invalid_output_format = 174;
-}  // namespace validation_line
 
 constexpr int32_t shortest_shift = -15;
 constexpr int32_t longest_shift = 15;
 constexpr int32_t highest_format = NQ_COLOR_FORMAT_RGB_PIXEL;
 
-// Logs one validation failure and yields its code. The logger is looked up anew: a failed call
-// still returns its code when there is nothing to log to.
+// Logs one validation failure, as "%s <message>" filled with the error prefix, and yields its
+// code. The logger is looked up anew: a failed call still returns its code when there is
+// nothing to log to.
 int reject(int code, int line, const char* message)
 {
     if (Xvr_log_object* const log = logger.get()) {
-        log->log(XVR_LOG_PRIORITY_ERROR, __FILE__, line, validation_function, message,
-                 error_prefix);
+        log->log(XVR_LOG_PRIORITY_ERROR, __FILE__, line, validation_function, "%s %s",
+                 error_prefix, message);
     }
     return code;
 }
@@ -46,7 +34,7 @@ bool shift_distance_is_valid(int32_t distance)
 }
 
 // A negative format passes on purpose: the scalar engine reads every value other than 1 and 2
-// as planar, and hosts rely on that.
+// as planar, so a negative format is a valid spelling of the planar layout.
 bool format_is_valid(NQ_COLOR_FORMAT format)
 {
     return static_cast<int32_t>(format) <= highest_format;
@@ -185,54 +173,54 @@ int Color_processor::validate(const Transform_arguments<T>& record) const
     using namespace validation_line;
     if (record.input_buffer == nullptr) {
         return reject(NQ_COLOR_NULL_INPUT_BUFFER, null_input_buffer,
-                      "%s The specified input buffer is NULL!");
+                      "The specified input buffer is NULL!");
     }
     if (record.output_buffer == nullptr) {
         return reject(NQ_COLOR_NULL_OUTPUT_BUFFER, null_output_buffer,
-                      "%s The specified output buffer is NULL!");
+                      "The specified output buffer is NULL!");
     }
     if (static_cast<const void*>(record.input_buffer) ==
         static_cast<const void*>(record.output_buffer)) {
         return reject(NQ_COLOR_IDENTICAL_INPUT_AND_OUTPUT_BUFFERS, identical_buffers,
-                      "%s Different input and output buffer must be specified.");
+                      "Different input and output buffer must be specified.");
     }
     if (!format_is_valid(record.input_buffer_format)) {
         return reject(NQ_COLOR_INVALID_INPUT_FORMAT, invalid_input_format,
-                      "%s Invalid input buffer format specified!");
+                      "Invalid input buffer format specified!");
     }
     if (!shift_distance_is_valid(record.blue_shift_distance)) {
         return reject(NQ_COLOR_INVALID_SHIFT_DISTANCE, invalid_blue_shift,
-                      "%s Invalid blue shift distance specified!");
+                      "Invalid blue shift distance specified!");
     }
     if (!shift_distance_is_valid(record.green_shift_distance)) {
         return reject(NQ_COLOR_INVALID_SHIFT_DISTANCE, invalid_green_shift,
-                      "%s Invalid green shift distance specified!");
+                      "Invalid green shift distance specified!");
     }
     if (!shift_distance_is_valid(record.red_shift_distance)) {
         return reject(NQ_COLOR_INVALID_SHIFT_DISTANCE, invalid_red_shift,
-                      "%s Invalid red shift distance specified!");
+                      "Invalid red shift distance specified!");
     }
     if (!clamp_is_valid(record.blue_clamp_min, record.blue_clamp_max,
                         m_output_LUTs.m_blue_enabled)) {
         return reject(NQ_COLOR_INVALID_CLAMP_VALUE, invalid_blue_clamp,
-                      "%s a max value less than the min was specified for the blue channel or "
+                      "a max value less than the min was specified for the blue channel or "
                       "max clamp value exceeds enabled output LUT size!");
     }
     if (!clamp_is_valid(record.green_clamp_min, record.green_clamp_max,
                         m_output_LUTs.m_green_enabled)) {
         return reject(NQ_COLOR_INVALID_CLAMP_VALUE, invalid_green_clamp,
-                      "%s a max value less than the min was specified for the green channel or "
+                      "a max value less than the min was specified for the green channel or "
                       "max clamp value exceeds enabled output LUT size!");
     }
     if (!clamp_is_valid(record.red_clamp_min, record.red_clamp_max,
                         m_output_LUTs.m_red_enabled)) {
         return reject(NQ_COLOR_INVALID_CLAMP_VALUE, invalid_red_clamp,
-                      "%s a max value less than the min was specified for the red channel or "
+                      "a max value less than the min was specified for the red channel or "
                       "max clamp value exceeds enabled output LUT size!");
     }
     if (!format_is_valid(record.output_buffer_format)) {
         return reject(NQ_COLOR_INVALID_OUTPUT_FORMAT, invalid_output_format,
-                      "%s Invalid output buffer format specified!");
+                      "Invalid output buffer format specified!");
     }
     return NQ_COLOR_NO_ERROR;
 }

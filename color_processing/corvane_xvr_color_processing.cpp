@@ -7,6 +7,7 @@
 
 #include "color_correction.hpp"
 #include "color_matrix.hpp"
+#include "log_record_lines.hpp"
 #include "modules/logger.hpp"
 #include "modules/lut_wrapper.hpp"
 #include "modules/xvr_timer.hpp"
@@ -18,35 +19,14 @@
 namespace {
 
 const char* const module_name = "CORVANE_XVR_COLOR_PROCESSING";
-const char* const null_handle_message = "%s The specified color processor handle is NULL!";
 
 constexpr int largest_bit_depth = 16;
 
-// Source lines of the records written here; hosts filter their logs by them.
-namespace record_line {
-constexpr int negative_bit_depth = 37;
-constexpr int bit_depth_too_large = 43;
-constexpr int creation_out_of_memory = 58;
-constexpr int creation_failed = 63;
-constexpr int transform_null_handle = 97;
-constexpr int transform_timing = 101;
-constexpr int creation_notice = 133;
-constexpr int get_blue_input_LUT = 166;
-constexpr int get_green_input_LUT = 184;
-constexpr int get_red_input_LUT = 202;
-constexpr int enable_input_LUTs = 223;
-constexpr int append_matrix = 246;
-constexpr int clear_matrix = 266;
-constexpr int get_blue_output_LUT = 286;
-constexpr int get_green_output_LUT = 304;
-constexpr int get_red_output_LUT = 322;
-constexpr int enable_output_LUTs = 343;
-constexpr int destroy_color_processor = 501;
-}  // namespace record_line
 
 void log_null_handle(Xvr_log_object& log, int line, const char* function)
 {
-    log.log(XVR_LOG_PRIORITY_ERROR, __FILE__, line, function, null_handle_message, error_prefix);
+    log.log(XVR_LOG_PRIORITY_ERROR, __FILE__, line, function,
+            "%s The specified color processor handle is NULL!", error_prefix);
 }
 
 // The creation-failure records are written from a catch block, where a second exception must
@@ -263,7 +243,15 @@ int nq_color_clear_matrix(void* color_processor_handle)
 }
 
 // The four transforms differ only in the output sample type, the fourth channel and the label
-// of their timing record; the parameter list is the public header's.
+// of their timing record. Their parameter list is the public header's; a definition that
+// differed from it would not compile, C functions having no overloads.
+#define NQ_COLOR_TRANSFORM_PARAMETERS(output_sample_type)                                        \
+    void *color_processor_handle, const uint16_t *input_buffer,                                  \
+        NQ_COLOR_FORMAT input_buffer_format, uint16_t blue_clamp_min, uint16_t blue_clamp_max,  \
+        uint16_t green_clamp_min, uint16_t green_clamp_max, uint16_t red_clamp_min,             \
+        uint16_t red_clamp_max, int32_t blue_shift_distance, int32_t green_shift_distance,      \
+        int32_t red_shift_distance, output_sample_type *output_buffer,                          \
+        NQ_COLOR_FORMAT output_buffer_format, int32_t pixel_count
 #define NQ_COLOR_TRANSFORM_ARGUMENTS                                                             \
     color_processor_handle, input_buffer, input_buffer_format, blue_clamp_min, blue_clamp_max,   \
         green_clamp_min, green_clamp_max, red_clamp_min, red_clamp_max, blue_shift_distance,    \

@@ -24,9 +24,9 @@ constexpr uint32_t leaf_7_ebx_avx2 = 1u << 5;
 // the registers of that leaf, sub-leaf 0.
 //
 // Leaf 1's EAX is compared with the leaf numbers as if it were the highest supported leaf. It
-// is the processor signature, which is far above 6 on every real processor, so the comparison
-// never refuses a real one; hosts have been qualified against exactly this behaviour, so it is
-// kept.
+// is the processor signature, which is far above 6 on every real processor, so the test never
+// refuses a real one, and the level depends only on the feature bits; a signature of 6 or less
+// is rated by its SSE bits alone.
 template <typename Read_leaf>
 int vector_level_from_cpuid(Read_leaf&& read_leaf)
 {

@@ -18,7 +18,9 @@
  *   nq_color_processing_module_terminate();
  *
  * Every call returns one of the NQ_COLOR_* codes below (0 on success), or a pointer that is
- * null on failure. The header compiles as C99 and as C++.
+ * null on failure; each call below says which. Errors are also written as log records through
+ * the logger library "libcorvane_xvr_logger.so" when it is present. The header compiles as C99
+ * and as C++.
  */
 #ifndef CORVANE_XVR_COLOR_PROCESSING_H
 #define CORVANE_XVR_COLOR_PROCESSING_H
@@ -68,58 +70,101 @@ typedef enum NQ_COLOR_FORMAT {
 } NQ_COLOR_FORMAT;
 #endif
 
-/* Module lifecycle; nested calls are counted. initialize returns 1 when the table library
- * "libcorvane_xvr_LUT.so" could not be bound; it must still be matched by a terminate. */
+/* Calls that take a processor handle first check that the module is initialised
+ * (NQ_COLOR_MODULE_NOT_INITIALIZED, or null, and nothing logged), then that the handle is not
+ * null (NQ_COLOR_NULL_INSTANCE_HANDLE, or null, and an error record). A handle that was already
+ * destroyed is not detected. No call throws, except where a companion library throws inside a
+ * transform or module initialisation runs out of memory. */
+
+/* Module lifecycle; nested calls are counted, and every initialize must be matched by a
+ * terminate. initialize returns NQ_COLOR_NO_ERROR, or NQ_COLOR_MODULE_NOT_INITIALIZED when the
+ * table library "libcorvane_xvr_LUT.so" could not be bound (no processor may then be created).
+ * A missing logger library is not an error: nothing is logged. terminate always returns
+ * NQ_COLOR_NO_ERROR; processors must be destroyed before the last terminate. */
 NQ_COLOR_API int nq_color_processing_module_initialize(void);
 NQ_COLOR_API int nq_color_processing_module_terminate(void);
 
-/* Processors. Bit depths 0..16 give tables of 2^depth 32-bit entries. The result is an opaque
- * handle, or null on failure (module not initialised, bad depth, allocation failure). */
+/* Creates a processor with tables of 2^input_bit_depth and 2^output_bit_depth 32-bit entries,
+ * all zero, the identity matrix and no table enabled; depths run from 0 to 16. The vector level
+ * comes from the processor's CPUID bits. Returns an opaque handle, or null when the module is
+ * not initialised, a depth is out of range (logged) or memory runs out (logged). */
 NQ_COLOR_API void* nq_color_create_color_processor(int input_bit_depth, int output_bit_depth);
-/* As above, with the vector level chosen by the caller (0 scalar only, 1 SSE, 2 AVX2). */
+/* The same with the vector level chosen by the caller (0 scalar only, 1 SSE, 2 AVX2), taken
+ * unchecked, and without the creation notice. */
 NQ_COLOR_API void* nq_color_create_color_processor_test(int input_bit_depth, int output_bit_depth,
                                                         int vector_level);
+/* Destroys the processor and its tables. Returns NQ_COLOR_NO_ERROR, NQ_COLOR_MODULE_NOT_INITIALIZED
+ * (the processor is then left as it is) or NQ_COLOR_NULL_INSTANCE_HANDLE. */
 NQ_COLOR_API int nq_color_destroy_color_processor(void* color_processor_handle);
 
-/* Tables: live storage of 2^input_bit_depth (input) or 2^output_bit_depth (output) entries,
- * zeroed at creation, valid until the processor is destroyed. An input entry contributes its
- * low 16 bits; an output entry is used whole, as a signed 32-bit value. */
+/* The live storage of one table, valid until the processor is destroyed: the same pointer on
+ * every call. Fill it, then enable the table. An input entry contributes its low 16 bits; an
+ * output entry is used whole, as a signed 32-bit value. Null when the module is not initialised
+ * or the handle is null. */
 NQ_COLOR_API int32_t* nq_color_get_blue_input_LUT(void* color_processor_handle);
 NQ_COLOR_API int32_t* nq_color_get_green_input_LUT(void* color_processor_handle);
 NQ_COLOR_API int32_t* nq_color_get_red_input_LUT(void* color_processor_handle);
 NQ_COLOR_API int32_t* nq_color_get_blue_output_LUT(void* color_processor_handle);
 NQ_COLOR_API int32_t* nq_color_get_green_output_LUT(void* color_processor_handle);
 NQ_COLOR_API int32_t* nq_color_get_red_output_LUT(void* color_processor_handle);
-/* Any non-zero argument enables that channel's table; all three flags are set on every call. */
+/* Any non-zero argument enables that channel's table, zero disables it; all three flags are set
+ * on every call. Return NQ_COLOR_NO_ERROR, NQ_COLOR_MODULE_NOT_INITIALIZED or
+ * NQ_COLOR_NULL_INSTANCE_HANDLE. */
 NQ_COLOR_API int nq_color_enable_input_LUTs(void* color_processor_handle, int blue, int green,
                                             int red);
 NQ_COLOR_API int nq_color_enable_output_LUTs(void* color_processor_handle, int blue, int green,
                                              int red);
 
 /* Colour matrix: nine floats, row-major; row 0 yields red, row 1 green, row 2 blue, and the
- * columns weight the red, green and blue inputs. append replaces M by M x A, so the matrix
- * appended last acts on the pixel first. clear restores the identity. */
+ * columns weight the red, green and blue inputs. append replaces M by M x A (A may be the
+ * processor's own matrix), so the matrix appended last acts on the pixel first; clear restores
+ * the identity. Both return NQ_COLOR_NO_ERROR, NQ_COLOR_MODULE_NOT_INITIALIZED or
+ * NQ_COLOR_NULL_INSTANCE_HANDLE; the nine floats are not checked. */
 NQ_COLOR_API int nq_color_append_matrix(void* color_processor_handle, const float* matrix);
 NQ_COLOR_API int nq_color_clear_matrix(void* color_processor_handle);
 
-/* Transforms, named by bits per input and output pixel. Clamp bounds are inclusive; a shift
- * distance d in -15..15 shifts left by d (d > 0) or arithmetically right by -d (d < 0).
+/* Transforms, named by bits per input and output pixel:
  *   48_to_48: 16-bit samples, 3 channels    48_to_64: 16-bit samples, 4 channels (4th is 0)
  *   48_to_24:  8-bit samples, 3 channels    48_to_32:  8-bit samples, 4 channels (4th is 0)
- * The 8-bit calls keep the low 8 bits of each result: use a right shift, an output table or
- * the clamp to bring results into range. */
-#define NQ_COLOR_TRANSFORM_PARAMETERS(output_sample_type)                                    \
-    void *color_processor_handle, const uint16_t *input_buffer,                              \
-        NQ_COLOR_FORMAT input_buffer_format, uint16_t blue_clamp_min, uint16_t blue_clamp_max, \
-        uint16_t green_clamp_min, uint16_t green_clamp_max, uint16_t red_clamp_min,          \
-        uint16_t red_clamp_max, int32_t blue_shift_distance, int32_t green_shift_distance,   \
-        int32_t red_shift_distance, output_sample_type *output_buffer,                       \
-        NQ_COLOR_FORMAT output_buffer_format, int32_t pixel_count
-
-NQ_COLOR_API int nq_color_transform_48_to_48(NQ_COLOR_TRANSFORM_PARAMETERS(uint16_t));
-NQ_COLOR_API int nq_color_transform_48_to_64(NQ_COLOR_TRANSFORM_PARAMETERS(uint16_t));
-NQ_COLOR_API int nq_color_transform_48_to_32(NQ_COLOR_TRANSFORM_PARAMETERS(uint8_t));
-NQ_COLOR_API int nq_color_transform_48_to_24(NQ_COLOR_TRANSFORM_PARAMETERS(uint8_t));
+ * Clamp bounds are inclusive; a shift distance d shifts left by d (d > 0) or arithmetically
+ * right by -d (d < 0). The 8-bit calls keep the low 8 bits of each result: use a right shift,
+ * an output table or the clamp to bring results into range. pixel_count is not checked; a count
+ * of 0 or below writes nothing.
+ *
+ * Returns NQ_COLOR_NO_ERROR, NQ_COLOR_MODULE_NOT_INITIALIZED, NQ_COLOR_NULL_INSTANCE_HANDLE, or
+ * the first of these that applies, in this order, with an error record and nothing written:
+ *   NQ_COLOR_NULL_INPUT_BUFFER, NQ_COLOR_NULL_OUTPUT_BUFFER,
+ *   NQ_COLOR_IDENTICAL_INPUT_AND_OUTPUT_BUFFERS (the same address),
+ *   NQ_COLOR_INVALID_INPUT_FORMAT (above 2; negative formats are accepted and mean BGR_PLANAR),
+ *   NQ_COLOR_INVALID_SHIFT_DISTANCE (blue, green, red: outside -15..15),
+ *   NQ_COLOR_INVALID_CLAMP_VALUE (blue, green, red: max below min, or, while that channel's
+ *     output table is enabled, max not below the output table's size),
+ *   NQ_COLOR_INVALID_OUTPUT_FORMAT (above 2).
+ * Every call past the handle check also writes one timing record. */
+NQ_COLOR_API int nq_color_transform_48_to_48(
+    void* color_processor_handle, const uint16_t* input_buffer, NQ_COLOR_FORMAT input_buffer_format,
+    uint16_t blue_clamp_min, uint16_t blue_clamp_max, uint16_t green_clamp_min,
+    uint16_t green_clamp_max, uint16_t red_clamp_min, uint16_t red_clamp_max,
+    int32_t blue_shift_distance, int32_t green_shift_distance, int32_t red_shift_distance,
+    uint16_t* output_buffer, NQ_COLOR_FORMAT output_buffer_format, int32_t pixel_count);
+NQ_COLOR_API int nq_color_transform_48_to_64(
+    void* color_processor_handle, const uint16_t* input_buffer, NQ_COLOR_FORMAT input_buffer_format,
+    uint16_t blue_clamp_min, uint16_t blue_clamp_max, uint16_t green_clamp_min,
+    uint16_t green_clamp_max, uint16_t red_clamp_min, uint16_t red_clamp_max,
+    int32_t blue_shift_distance, int32_t green_shift_distance, int32_t red_shift_distance,
+    uint16_t* output_buffer, NQ_COLOR_FORMAT output_buffer_format, int32_t pixel_count);
+NQ_COLOR_API int nq_color_transform_48_to_32(
+    void* color_processor_handle, const uint16_t* input_buffer, NQ_COLOR_FORMAT input_buffer_format,
+    uint16_t blue_clamp_min, uint16_t blue_clamp_max, uint16_t green_clamp_min,
+    uint16_t green_clamp_max, uint16_t red_clamp_min, uint16_t red_clamp_max,
+    int32_t blue_shift_distance, int32_t green_shift_distance, int32_t red_shift_distance,
+    uint8_t* output_buffer, NQ_COLOR_FORMAT output_buffer_format, int32_t pixel_count);
+NQ_COLOR_API int nq_color_transform_48_to_24(
+    void* color_processor_handle, const uint16_t* input_buffer, NQ_COLOR_FORMAT input_buffer_format,
+    uint16_t blue_clamp_min, uint16_t blue_clamp_max, uint16_t green_clamp_min,
+    uint16_t green_clamp_max, uint16_t red_clamp_min, uint16_t red_clamp_max,
+    int32_t blue_shift_distance, int32_t green_shift_distance, int32_t red_shift_distance,
+    uint8_t* output_buffer, NQ_COLOR_FORMAT output_buffer_format, int32_t pixel_count);
 
 #ifdef __cplusplus
 }
