@@ -31,9 +31,10 @@ TEST(Destination_setting, understands_keywords_in_any_case_and_file_paths_and_re
         EXPECT_EQ(configuration.destination, c.destination) << name;
         EXPECT_EQ(configuration.file_path, c.path) << name;
         ASSERT_EQ(configuration.problems.size(), c.problem ? 1u : 0u) << name;
-        if (c.problem)
+        if (c.problem) {
             EXPECT_NE(configuration.problems[0].find("CORVANE_XVR_LOG_DESTINATION=" + name),
                       std::string::npos) << configuration.problems[0];
+        }
     }
 }
 
@@ -53,8 +54,9 @@ TEST(Level_setting, accepts_names_in_any_case_and_numbers_and_reports_the_rest)
         const Log_configuration configuration = parse_log_configuration(nullptr, c.value);
         EXPECT_EQ(configuration.maximum_priority, c.maximum) << name;
         ASSERT_EQ(configuration.problems.size(), c.problem ? 1u : 0u) << name;
-        if (c.problem)
+        if (c.problem) {
             EXPECT_NE(configuration.problems[0].find("CORVANE_XVR_LOG_LEVEL=" + name), std::string::npos);
+        }
     }
 }
 

@@ -69,7 +69,7 @@ TEST_P(Vector_module_choice, EachSampleWidthCallsItsOwnEntryOfTheChosenLibrary)
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, Vector_module_choice, testing::ValuesIn(vector_choices),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST_F(Transform_execution, ScalarPathStartsWhereTheVectorLibraryStopped)
 {

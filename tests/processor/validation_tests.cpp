@@ -114,7 +114,7 @@ TEST_P(Transform_validation, AnswersWithItsCodeAndRecordsAndWritesNothingWhenRef
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, Transform_validation, testing::ValuesIn(validation_cases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& instance) { return std::string(instance.param.name); });
 
 using Transform_validation_per_call = Initialised_module;
 
