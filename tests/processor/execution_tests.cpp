@@ -9,7 +9,6 @@
 namespace {
 
 constexpr uint16_t untouched = 0xEEEE;
-using Samples = std::vector<uint16_t>;
 
 struct Vector_choice {
     const char* name;
@@ -140,18 +139,4 @@ TEST_F(Transform_execution, VectorLibraryExceptionLeavesTheCallAfterItsTimingRec
     const auto records = probe_log_records();
     ASSERT_EQ(records.size(), 1u);
     expect_timing_record(records[0], "color processing transform 48 to 48");
-}
-
-TEST_F(Transform_execution, NegativeFormatsAreReadAndWrittenAsPlanar)
-{
-    void* processor = make(16, 16, 0);
-    const uint16_t input[6] = {10, 11, 20, 21, 30, 31};  // blue 10, 11; green 20, 21; ...
-    uint16_t output[6] = {};
-    Transform_call<uint16_t> call(input, output, 2);
-    call.input_format = call.output_format = format_value(-1);
-    ASSERT_EQ(call.run(nq_color_transform_48_to_48, processor), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(Samples(output, output + 6), (Samples{10, 11, 20, 21, 30, 31}));
-    call.output_format = NQ_COLOR_FORMAT_RGB_PIXEL;
-    ASSERT_EQ(call.run(nq_color_transform_48_to_48, processor), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(Samples(output, output + 6), (Samples{30, 20, 10, 31, 21, 11}));
 }

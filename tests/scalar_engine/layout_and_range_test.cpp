@@ -1,7 +1,7 @@
 // Worked cases of the pipeline, independent of the reference: the range of pixels a call
 // touches (beyond what the sweep reaches: counts of several blocks, starts past the end, counts
-// of 0 and below), the layouts, flag bytes other than 1, and what the tables, the shift and
-// the narrowing do to the final value. The sweep covers the rest against the reference.
+// of 0 and below), the layouts, flag bytes other than 1, and what the output table, the shift
+// and the narrowing do to the final value. The sweep covers the rest against the reference.
 #include "transform_case.hpp"
 
 #include "scalar_engine/scalar_process.hpp"
@@ -137,32 +137,6 @@ TEST(ShiftAndNarrowing, LeftShiftedBitsBeyondTheSampleAreLost)
     EXPECT_EQ(finished_sample<unsigned short>(0x1234, 4), 0x2340);
     EXPECT_EQ(finished_sample<unsigned char>(0x1234, 4), 0x40);
     EXPECT_EQ(finished_sample<unsigned short>(0xFFFF, 15), 0x8000);
-}
-
-TEST(Tables, InputEntriesContributeOnlyTheirLowSixteenBits)
-{
-    Table_set tables(65536);
-    tables.tables[2][9] = static_cast<LUT_entry>(0x7FFF0003);  // red input table
-    Transform_case<unsigned short> test(1, tables);
-    test.input = {0, 0, 9};
-    test.arguments.red_input_LUT_enabled = true;
-    scalar_process(test.for_engine(), 0);
-    EXPECT_EQ(test.engine_output[2], 3);
-}
-
-TEST(Tables, TheOutputTableIsIndexedByTheClampedValue)
-{
-    Table_set tables(65536);
-    for (std::size_t k = 0; k < tables.tables[5].size(); ++k) {
-        tables.tables[5][k] = static_cast<LUT_entry>(k + 1000);  // red output table
-    }
-    Transform_case<unsigned short> test(1, tables);
-    test.input = {0, 0, 500};
-    test.arguments.red_output_LUT_enabled = true;
-    test.arguments.red_clamp_min = 10;
-    test.arguments.red_clamp_max = 200;
-    scalar_process(test.for_engine(), 0);
-    EXPECT_EQ(test.engine_output[2], 1200);
 }
 
 }  // namespace

@@ -86,17 +86,6 @@ TEST(RoundingRule, OutOfRangeAndNotANumberSumsEndAtTheMinimumNotTheMaximum)
     EXPECT_EQ(red_result(2147483520.0f, 11, 60000), 60000);
 }
 
-TEST(RoundingRule, InfinityTimesAZeroSampleIsNotANumber)
-{
-    Table_set tables(1);
-    Transform_case<unsigned short> test(1, tables);
-    test.input = {0, 0, 0};
-    test.matrix = {std::numeric_limits<float>::infinity(), 0, 0, 0, 1, 0, 0, 0, 1};
-    test.arguments.red_clamp_min = 9;
-    scalar_process(test.for_engine(), 0);
-    EXPECT_EQ(test.engine_output[2], 9);
-}
-
 int32_t red_result_of_row(float m0, float m1, float m2)
 {
     Table_set tables(1);
