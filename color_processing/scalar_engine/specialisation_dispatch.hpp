@@ -66,9 +66,9 @@ private:
     template <typename Enumeration, typename R, typename... Rest>
     static R impl_three_way(Enumeration value, Rest&&... rest);
 
-    // Calls the next level with one more constant.
-    template <typename Constant, typename R, typename... Rest>
-    static R descend(Rest&&... rest);
+    // False only for a kernel unit's level in the top of the dispatch, which must not compile
+    // it (see unit_levels_compiled_here).
+    static constexpr bool compiled_here = COUNT > kernel_unit_level || unit_levels_compiled_here;
 };
 
 template <typename Callback, typename... Constants>
@@ -94,8 +94,15 @@ template <typename Callback, unsigned COUNT, typename Constants>
 template <typename R, typename... Rest>
 R var_to_template<Callback, COUNT, Constants>::impl(bool value, Rest&&... rest)
 {
-    if (value) return descend<std::true_type, R>(std::forward<Rest>(rest)...);
-    return descend<std::false_type, R>(std::forward<Rest>(rest)...);
+    static_assert(compiled_here, "the top of the dispatch reaches a kernel unit's level that no "
+                                 "unit declares: its call must match NQ_KERNEL_UNIT_ENTRY "
+                                 "(scalar_engine/README.md)");
+    if constexpr (compiled_here) {
+        if (value) {
+            return next_level<std::true_type>::template impl<R>(std::forward<Rest>(rest)...);
+        }
+        return next_level<std::false_type>::template impl<R>(std::forward<Rest>(rest)...);
+    }
 }
 
 template <typename Callback, unsigned COUNT, typename Constants>
@@ -116,29 +123,21 @@ template <typename Callback, unsigned COUNT, typename Constants>
 template <typename Enumeration, typename R, typename... Rest>
 R var_to_template<Callback, COUNT, Constants>::impl_three_way(Enumeration value, Rest&&... rest)
 {
-    switch (value) {
-    case 1:
-        return descend<std::integral_constant<Enumeration, Enumeration(1)>, R>(
-            std::forward<Rest>(rest)...);
-    case 2:
-        return descend<std::integral_constant<Enumeration, Enumeration(2)>, R>(
-            std::forward<Rest>(rest)...);
-    default:
-        return descend<std::integral_constant<Enumeration, Enumeration(0)>, R>(
-            std::forward<Rest>(rest)...);
-    }
-}
-
-template <typename Callback, unsigned COUNT, typename Constants>
-template <typename Constant, typename R, typename... Rest>
-R var_to_template<Callback, COUNT, Constants>::descend(Rest&&... rest)
-{
-    if constexpr (COUNT > kernel_unit_level || unit_levels_compiled_here) {
-        return next_level<Constant>::template impl<R>(std::forward<Rest>(rest)...);
-    } else {
-        static_assert(COUNT > kernel_unit_level,
-                      "the top of the dispatch reaches a kernel unit's level that no unit declares: "
-                      "its call must match NQ_KERNEL_UNIT_ENTRY (scalar_engine/README.md)");
+    static_assert(compiled_here, "the top of the dispatch reaches a kernel unit's level that no "
+                                 "unit declares: its call must match NQ_KERNEL_UNIT_ENTRY "
+                                 "(scalar_engine/README.md)");
+    if constexpr (compiled_here) {
+        switch (value) {
+        case 1:
+            return next_level<std::integral_constant<Enumeration, Enumeration(1)>>::template impl<R>(
+                std::forward<Rest>(rest)...);
+        case 2:
+            return next_level<std::integral_constant<Enumeration, Enumeration(2)>>::template impl<R>(
+                std::forward<Rest>(rest)...);
+        default:
+            return next_level<std::integral_constant<Enumeration, Enumeration(0)>>::template impl<R>(
+                std::forward<Rest>(rest)...);
+        }
     }
 }
 
