@@ -89,15 +89,32 @@ inline void load_input(const Sums_inputs& in, std::size_t i, typename Isa::Lanes
     }
 }
 
-// An input table contributes the low 16 bits of its entry.
-template <typename Isa, bool APPLIED>
-inline typename Isa::Lanes through_input_LUT(typename Isa::Lanes sample, const LUT_entry* table)
+// Replaces each value of a block by its table entry (only the low 16 bits for an input table),
+// one scalar load per value: on the processors this library is written for, scalar loads beat a
+// vector gather, and the pass keeps the vector loops free of table accesses. The count is a
+// multiple of four.
+template <bool LOW_16_BITS>
+inline void look_up_in_place(int32_t* values, int32_t count, const LUT_entry* table)
+{
+    for (int32_t k = 0; k < count; k += 4) {
+        const int32_t e0 = table[values[k]], e1 = table[values[k + 1]];
+        const int32_t e2 = table[values[k + 2]], e3 = table[values[k + 3]];
+        values[k] = LOW_16_BITS ? (e0 & 0xFFFF) : e0;
+        values[k + 1] = LOW_16_BITS ? (e1 & 0xFFFF) : e1;
+        values[k + 2] = LOW_16_BITS ? (e2 & 0xFFFF) : e2;
+        values[k + 3] = LOW_16_BITS ? (e3 & 0xFFFF) : e3;
+    }
+}
+
+template <bool APPLIED, bool LOW_16_BITS>
+inline void look_up_block(int32_t* values, int32_t count, const LUT_entry* table)
 {
     if constexpr (APPLIED) {
-        return Isa::low_16_bits(Isa::look_up(table, sample));
+        look_up_in_place<LOW_16_BITS>(values, count, table);
     } else {
+        static_cast<void>(values);
+        static_cast<void>(count);
         static_cast<void>(table);
-        return sample;
     }
 }
 
@@ -163,13 +180,30 @@ template <typename Isa, int INPUT_FORMAT, bool BLUE_INPUT_LUT, bool GREEN_INPUT_
 __attribute__((noinline)) void compute_block_sums(const Sums_inputs& in, const Matrix_constants<Isa>& matrix,
                                                   int32_t begin, int32_t count, Block& block)
 {
+    const Sums_inputs inputs = in;  // a local copy, which the block's stores cannot alias
+    constexpr bool any_input_LUT = BLUE_INPUT_LUT || GREEN_INPUT_LUT || RED_INPUT_LUT;
+    if constexpr (any_input_LUT) {
+        // Samples into the block, through the tables in place, then the matrix from the block.
+        for (int32_t k = 0; k < count; k += Isa::width) {
+            typename Isa::Lanes b, g, r;
+            load_input<Isa, INPUT_FORMAT>(inputs, static_cast<std::size_t>(begin + k), b, g, r);
+            Isa::store_lanes(block.blue + k, b);
+            Isa::store_lanes(block.green + k, g);
+            Isa::store_lanes(block.red + k, r);
+        }
+        look_up_block<BLUE_INPUT_LUT, true>(block.blue, count, inputs.blue_input_LUT);
+        look_up_block<GREEN_INPUT_LUT, true>(block.green, count, inputs.green_input_LUT);
+        look_up_block<RED_INPUT_LUT, true>(block.red, count, inputs.red_input_LUT);
+    }
     for (int32_t k = 0; k < count; k += Isa::width) {
-        const std::size_t i = static_cast<std::size_t>(begin + k);
         typename Isa::Lanes b, g, r;
-        load_input<Isa, INPUT_FORMAT>(in, i, b, g, r);
-        b = through_input_LUT<Isa, BLUE_INPUT_LUT>(b, in.blue_input_LUT);
-        g = through_input_LUT<Isa, GREEN_INPUT_LUT>(g, in.green_input_LUT);
-        r = through_input_LUT<Isa, RED_INPUT_LUT>(r, in.red_input_LUT);
+        if constexpr (any_input_LUT) {
+            b = Isa::load_lanes(block.blue + k);
+            g = Isa::load_lanes(block.green + k);
+            r = Isa::load_lanes(block.red + k);
+        } else {
+            load_input<Isa, INPUT_FORMAT>(inputs, static_cast<std::size_t>(begin + k), b, g, r);
+        }
         typename Isa::Lanes red, green, blue;
         matrix_product<Isa, TIER>(matrix, r, g, b, red, green, blue);
         Isa::store_lanes(block.red + k, red);
@@ -180,47 +214,74 @@ __attribute__((noinline)) void compute_block_sums(const Sums_inputs& in, const M
 
 // --- finish stage ----------------------------------------------------------------------------
 
-// Clamp (max first, then min, both signed), output table (whole entry), shift (left logical,
-// right arithmetic, by counts already reduced modulo 32).
-template <typename Isa, bool OUTPUT_LUT, bool SHIFTED>
-inline typename Isa::Lanes finished(typename Isa::Lanes value, const Channel_constants<Isa>& channel)
+// Clamp: max first, then min, both signed.
+template <typename Isa>
+inline typename Isa::Lanes clamped(typename Isa::Lanes value, const Channel_constants<Isa>& channel)
 {
-    value = Isa::max(Isa::min(value, channel.max), channel.min);
-    if constexpr (OUTPUT_LUT) value = Isa::look_up(channel.output_LUT, value);
+    return Isa::max(Isa::min(value, channel.max), channel.min);
+}
+
+// Shift: left logical, right arithmetic, by counts already reduced modulo 32.
+template <typename Isa, bool SHIFTED>
+inline typename Isa::Lanes shifted(typename Isa::Lanes value, const Channel_constants<Isa>& channel)
+{
     if constexpr (SHIFTED) {
-        value = Isa::shift_right_arithmetic(Isa::shift_left(value, channel.left), channel.right);
+        return Isa::shift_right_arithmetic(Isa::shift_left(value, channel.left), channel.right);
+    } else {
+        static_cast<void>(channel);
+        return value;
     }
-    return value;
 }
 
 template <typename Isa, int OUTPUT_FORMAT, bool FOURTH_CHANNEL, typename T>
-inline void store_output(const Finish_constants<Isa, T>& out, std::size_t i, typename Isa::Lanes blue,
+inline void store_output(T* output, std::size_t plane, std::size_t i, typename Isa::Lanes blue,
                          typename Isa::Lanes green, typename Isa::Lanes red)
 {
     constexpr std::size_t channels = FOURTH_CHANNEL ? 4 : 3;
     if constexpr (OUTPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL) {
-        Isa::template store_pixels<FOURTH_CHANNEL>(out.output + channels * i, blue, green, red);
+        Isa::template store_pixels<FOURTH_CHANNEL>(output + channels * i, blue, green, red);
     } else if constexpr (OUTPUT_FORMAT == NQ_COLOR_FORMAT_RGB_PIXEL) {
-        Isa::template store_pixels<FOURTH_CHANNEL>(out.output + channels * i, red, green, blue);
+        Isa::template store_pixels<FOURTH_CHANNEL>(output + channels * i, red, green, blue);
     } else {
-        Isa::store_plane(out.output + i, blue);
-        Isa::store_plane(out.output + out.plane + i, green);
-        Isa::store_plane(out.output + 2 * out.plane + i, red);
-        if constexpr (FOURTH_CHANNEL) Isa::store_plane(out.output + 3 * out.plane + i, Isa::zero());
+        Isa::store_plane(output + i, blue);
+        Isa::store_plane(output + plane + i, green);
+        Isa::store_plane(output + 2 * plane + i, red);
+        if constexpr (FOURTH_CHANNEL) Isa::store_plane(output + 3 * plane + i, Isa::zero());
     }
 }
 
 template <typename Isa, bool BLUE_OUTPUT_LUT, bool GREEN_OUTPUT_LUT, bool RED_OUTPUT_LUT, bool SHIFTED,
           bool FOURTH_CHANNEL, int OUTPUT_FORMAT, typename T>
 __attribute__((noinline)) void finish_block(const Finish_constants<Isa, T>& out, int32_t begin, int32_t count,
-                                            const Block& block)
+                                            Block& block)
 {
+    T* const output = out.output;  // locals, which the output stores cannot alias
+    const std::size_t plane = out.plane;
+    constexpr bool any_output_LUT = BLUE_OUTPUT_LUT || GREEN_OUTPUT_LUT || RED_OUTPUT_LUT;
+    if constexpr (any_output_LUT) {
+        // Clamped values into the block, through the tables in place, then shift and store.
+        for (int32_t k = 0; k < count; k += Isa::width) {
+            Isa::store_lanes(block.blue + k, clamped(Isa::load_lanes(block.blue + k), out.blue));
+            Isa::store_lanes(block.green + k, clamped(Isa::load_lanes(block.green + k), out.green));
+            Isa::store_lanes(block.red + k, clamped(Isa::load_lanes(block.red + k), out.red));
+        }
+        look_up_block<BLUE_OUTPUT_LUT, false>(block.blue, count, out.blue.output_LUT);
+        look_up_block<GREEN_OUTPUT_LUT, false>(block.green, count, out.green.output_LUT);
+        look_up_block<RED_OUTPUT_LUT, false>(block.red, count, out.red.output_LUT);
+    }
     for (int32_t k = 0; k < count; k += Isa::width) {
-        const std::size_t i = static_cast<std::size_t>(begin + k);
-        const auto blue = finished<Isa, BLUE_OUTPUT_LUT, SHIFTED>(Isa::load_lanes(block.blue + k), out.blue);
-        const auto green = finished<Isa, GREEN_OUTPUT_LUT, SHIFTED>(Isa::load_lanes(block.green + k), out.green);
-        const auto red = finished<Isa, RED_OUTPUT_LUT, SHIFTED>(Isa::load_lanes(block.red + k), out.red);
-        store_output<Isa, OUTPUT_FORMAT, FOURTH_CHANNEL>(out, i, blue, green, red);
+        typename Isa::Lanes blue = Isa::load_lanes(block.blue + k);
+        typename Isa::Lanes green = Isa::load_lanes(block.green + k);
+        typename Isa::Lanes red = Isa::load_lanes(block.red + k);
+        if constexpr (!any_output_LUT) {
+            blue = clamped(blue, out.blue);
+            green = clamped(green, out.green);
+            red = clamped(red, out.red);
+        }
+        store_output<Isa, OUTPUT_FORMAT, FOURTH_CHANNEL>(output, plane, static_cast<std::size_t>(begin + k),
+                                                         shifted<Isa, SHIFTED>(blue, out.blue),
+                                                         shifted<Isa, SHIFTED>(green, out.green),
+                                                         shifted<Isa, SHIFTED>(red, out.red));
     }
 }
 
@@ -262,7 +323,7 @@ Sums_stage<Isa> choose_sums_stage(const Transform_arguments<T>& a, Exactness_tie
 }
 
 template <typename Isa, typename T>
-using Finish_stage = void (*)(const Finish_constants<Isa, T>&, int32_t, int32_t, const Block&);
+using Finish_stage = void (*)(const Finish_constants<Isa, T>&, int32_t, int32_t, Block&);
 
 // Index: output format * 32 + fourth channel * 16 + shifted * 8 + red, green, blue output
 // table bits.
