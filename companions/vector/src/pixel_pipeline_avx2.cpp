@@ -1,7 +1,12 @@
-// The pixel pipeline on AVX2 with FMA: eight pixels per step, as eight 32-bit lanes or two
-// vectors of four doubles. Compiled with -mavx2 -mfma; only reached after initialize has found
-// both on the processor and the YMM state enabled by the operating system.
-#include "lane_shuffles.hpp"
+// The pixel pipeline on AVX2 with FMA. Compiled with -mavx2 -mfma; only reached after
+// initialize has found both on the processor and the YMM state enabled by the operating system.
+//
+// The sums stage works on four pixels at a time: one vector of four doubles per channel, and
+// 128-bit integer lanes on either side of it, so that no conversion needs a separate step across
+// the two halves of a 256-bit register (on the processors this library targets, such steps and
+// the conversions compete for one port). The finish stage works on eight pixels at a time in
+// 256-bit integer lanes.
+#include "lanes_128.hpp"
 #include "pixel_pipeline.hpp"
 #include "vector_transforms.hpp"
 
@@ -9,18 +14,65 @@
 
 namespace {
 
-__m256i pattern(const lane_shuffles::Pattern& p)
+using lane_shuffles::Pattern;
+
+__m256i pattern(const Pattern& p)
 {
     return _mm256_load_si256(reinterpret_cast<const __m256i*>(p.bytes));
 }
 
-// Two 128-bit loads, the second into the high lane.
-__m256i load_two_lanes(const uint16_t* low, const uint16_t* high)
+// Interleaved input as doubles without a conversion instruction: a 16-bit sample X placed in
+// the low bits of the double 2^52 (bits 0x4330000000000000) makes the double 2^52 + X exactly,
+// and subtracting 2^52 leaves X. Lane 0 of the loaded vector holds a group's bytes 0..15
+// (pixels 0 and 1), lane 1 its bytes 8..23 (pixels 2 and 3 from byte 4 of the lane); channel c
+// of the four pixels goes to the low 16 bits of the four 64-bit slots.
+constexpr Pattern channel_into_double_slots(int c)
 {
-    const __m128i low_lane = _mm_loadu_si128(reinterpret_cast<const __m128i*>(low));
-    const __m128i high_lane = _mm_loadu_si128(reinterpret_cast<const __m128i*>(high));
-    return _mm256_inserti128_si256(_mm256_castsi128_si256(low_lane), high_lane, 1);
+    Pattern p{};
+    for (int k = 0; k < 32; ++k) p.bytes[k] = -1;
+    const int first_byte[4] = {2 * c, 6 + 2 * c, 16 + 4 + 2 * c, 16 + 10 + 2 * c};
+    for (int slot = 0; slot < 4; ++slot) {
+        p.bytes[8 * slot] = static_cast<int8_t>(first_byte[slot] % 16);
+        p.bytes[8 * slot + 1] = static_cast<int8_t>(first_byte[slot] % 16 + 1);
+    }
+    return p;
 }
+
+constexpr Pattern channels_into_double_slots[3] = {channel_into_double_slots(0), channel_into_double_slots(1),
+                                                   channel_into_double_slots(2)};
+
+struct Avx2_sums : Lanes_128 {
+    using Doubles = __m256d;
+
+    static Doubles broadcast_double(double value) { return _mm256_set1_pd(value); }
+    static Doubles to_doubles(Lanes v) { return _mm256_cvtepi32_pd(v); }
+    static Doubles load_plane_as_doubles(const uint16_t* samples) { return to_doubles(load_plane(samples)); }
+
+    static void load_pixels_as_doubles(const uint16_t* pixels, Doubles& c0, Doubles& c1, Doubles& c2)
+    {
+        const __m256i first = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels)));
+        const __m256i last = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels + 4)));
+        const __m256i group = _mm256_blend_epi32(first, last, 0xF0);
+        const __m256i two_to_52_bits = _mm256_set1_epi64x(0x4330000000000000LL);
+        const __m256d two_to_52 = _mm256_castsi256_pd(two_to_52_bits);
+        auto channel = [&](int c) {
+            const __m256i bits = _mm256_or_si256(_mm256_shuffle_epi8(group, pattern(channels_into_double_slots[c])),
+                                                 two_to_52_bits);
+            return _mm256_sub_pd(_mm256_castsi256_pd(bits), two_to_52);
+        };
+        c0 = channel(0);
+        c1 = channel(1);
+        c2 = channel(2);
+    }
+
+    static Doubles multiply_add(Doubles a, Doubles b, Doubles c) { return _mm256_fmadd_pd(a, b, c); }
+    static Doubles multiply(Doubles a, Doubles b) { return _mm256_mul_pd(a, b); }
+    static Doubles add(Doubles a, Doubles b) { return _mm256_add_pd(a, b); }
+    static Doubles subtract(Doubles a, Doubles b) { return _mm256_sub_pd(a, b); }
+
+    // Truncation toward zero; NaN and values outside the int32 range give 0x80000000.
+    static Lanes truncate(Doubles v) { return _mm256_cvttpd_epi32(v); }
+};
 
 // Stores the low 24 bytes of v.
 void store_24_bytes(void* destination, __m256i v)
@@ -36,55 +88,16 @@ __m256i join_twelve_byte_lanes(__m256i v)
     return _mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
 }
 
-struct Avx2 {
+// Eight pixels' values of one channel as 32-bit lanes, and the output stores of each layout.
+struct Lanes_256 {
     using Lanes = __m256i;
-    using Doubles = __m256d;
     using Shift_count = __m128i;
     static constexpr int32_t width = 8;
 
-    static Lanes load_plane(const uint16_t* samples)
-    {
-        return _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(samples)));
-    }
-
-    // Eight interleaved pixels of three words; each lane of `first` holds its four pixels'
-    // words 0..7, each lane of `second` words 4..11.
-    static void load_pixels(const uint16_t* pixels, Lanes& c0, Lanes& c1, Lanes& c2)
-    {
-        using namespace lane_shuffles;
-        const Lanes first = load_two_lanes(pixels, pixels + 12);
-        const Lanes second = load_two_lanes(pixels + 4, pixels + 16);
-        c0 = _mm256_or_si256(_mm256_shuffle_epi8(first, pattern(channel_of_first_pixels[0])),
-                             _mm256_shuffle_epi8(second, pattern(channel_of_last_pixels[0])));
-        c1 = _mm256_or_si256(_mm256_shuffle_epi8(first, pattern(channel_of_first_pixels[1])),
-                             _mm256_shuffle_epi8(second, pattern(channel_of_last_pixels[1])));
-        c2 = _mm256_or_si256(_mm256_shuffle_epi8(first, pattern(channel_of_first_pixels[2])),
-                             _mm256_shuffle_epi8(second, pattern(channel_of_last_pixels[2])));
-    }
-
-    static Lanes look_up(const LUT_entry* table, Lanes index)
-    {
-        return _mm256_i32gather_epi32(table, index, 4);
-    }
-
-    static Lanes low_16_bits(Lanes v) { return _mm256_blend_epi16(v, _mm256_setzero_si256(), 0xAA); }
     static Lanes zero() { return _mm256_setzero_si256(); }
-    static Lanes broadcast(int32_t value) { return _mm256_set1_epi32(value); }
-    static Doubles broadcast(double value) { return _mm256_set1_pd(value); }
+    static Lanes broadcast_lanes(int32_t value) { return _mm256_set1_epi32(value); }
     static Shift_count shift_count(int bits) { return _mm_cvtsi32_si128(bits); }
-
-    static Doubles low_half_to_doubles(Lanes v) { return _mm256_cvtepi32_pd(_mm256_castsi256_si128(v)); }
-    static Doubles high_half_to_doubles(Lanes v) { return _mm256_cvtepi32_pd(_mm256_extracti128_si256(v, 1)); }
-    static Doubles multiply_add(Doubles a, Doubles b, Doubles c) { return _mm256_fmadd_pd(a, b, c); }
-    static Doubles multiply(Doubles a, Doubles b) { return _mm256_mul_pd(a, b); }
-    static Doubles add(Doubles a, Doubles b) { return _mm256_add_pd(a, b); }
-    static Doubles subtract(Doubles a, Doubles b) { return _mm256_sub_pd(a, b); }
-
-    // Truncation toward zero; NaN and values outside the int32 range give 0x80000000.
-    static Lanes truncate(Doubles low, Doubles high)
-    {
-        return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm256_cvttpd_epi32(low)), _mm256_cvttpd_epi32(high), 1);
-    }
+    static Lanes low_16_bits(Lanes v) { return _mm256_blend_epi16(v, _mm256_setzero_si256(), 0xAA); }
 
     static Lanes load_lanes(const int32_t* values) { return _mm256_load_si256(reinterpret_cast<const __m256i*>(values)); }
     static void store_lanes(int32_t* values, Lanes v) { _mm256_store_si256(reinterpret_cast<__m256i*>(values), v); }
@@ -140,6 +153,12 @@ struct Avx2 {
             store_24_bytes(pixels, join_twelve_byte_lanes(bytes));
         }
     }
+};
+
+struct Avx2 {
+    using Sums = Avx2_sums;
+    using Finish = Lanes_256;
+    static constexpr int32_t width = 8;
 };
 
 }  // namespace

@@ -1,132 +1,55 @@
-// The pixel pipeline on SSE4.1: four pixels per step, as four 32-bit lanes or two vectors of
-// two doubles. Compiled with -msse4.1; only reached after initialize has found SSE2, SSE3,
+// The pixel pipeline on SSE4.1: four pixels per step in both stages, as four 32-bit lanes or two
+// vectors of two doubles. Compiled with -msse4.1; only reached after initialize has found SSE2, SSE3,
 // SSSE3 and SSE4.1 on the processor. Without FMA the sums are products and additions, which the
 // exactness tiers allow: in the plain tier every one of them is exact.
-#include "lane_shuffles.hpp"
+#include "lanes_128.hpp"
 #include "pixel_pipeline.hpp"
 #include "vector_transforms.hpp"
 
-#include <smmintrin.h>
-
-#include <cstring>
-
 namespace {
 
-__m128i pattern(const lane_shuffles::Pattern& p)
-{
-    return _mm_load_si128(reinterpret_cast<const __m128i*>(p.bytes));
-}
+// Four pixels' values of one channel as doubles: pixels 0, 1 and pixels 2, 3.
+struct Double_pair {
+    __m128d low;
+    __m128d high;
+};
 
-void store_4_bytes(void* destination, __m128i v)
-{
-    const int32_t low = _mm_cvtsi128_si32(v);
-    std::memcpy(destination, &low, sizeof low);
-}
+struct Sse41_sums : Lanes_128 {
+    using Doubles = Double_pair;
 
-struct Sse41 {
-    using Lanes = __m128i;
-    using Doubles = __m128d;
-    using Shift_count = __m128i;
-    static constexpr int32_t width = 4;
-
-    static Lanes load_plane(const uint16_t* samples)
+    static Doubles broadcast_double(double value) { return {_mm_set1_pd(value), _mm_set1_pd(value)}; }
+    static Doubles to_doubles(Lanes v) { return {_mm_cvtepi32_pd(v), _mm_cvtepi32_pd(_mm_unpackhi_epi64(v, v))}; }
+    static Doubles load_plane_as_doubles(const uint16_t* samples) { return to_doubles(load_plane(samples)); }
+    static void load_pixels_as_doubles(const uint16_t* pixels, Doubles& c0, Doubles& c1, Doubles& c2)
     {
-        return _mm_cvtepu16_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(samples)));
+        Lanes l0, l1, l2;
+        load_pixels(pixels, l0, l1, l2);
+        c0 = to_doubles(l0);
+        c1 = to_doubles(l1);
+        c2 = to_doubles(l2);
     }
 
-    // Four interleaved pixels of three words: `first` holds words 0..7, `second` words 4..11.
-    static void load_pixels(const uint16_t* pixels, Lanes& c0, Lanes& c1, Lanes& c2)
-    {
-        using namespace lane_shuffles;
-        const Lanes first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels));
-        const Lanes second = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels + 4));
-        c0 = _mm_or_si128(_mm_shuffle_epi8(first, pattern(channel_of_first_pixels[0])),
-                          _mm_shuffle_epi8(second, pattern(channel_of_last_pixels[0])));
-        c1 = _mm_or_si128(_mm_shuffle_epi8(first, pattern(channel_of_first_pixels[1])),
-                          _mm_shuffle_epi8(second, pattern(channel_of_last_pixels[1])));
-        c2 = _mm_or_si128(_mm_shuffle_epi8(first, pattern(channel_of_first_pixels[2])),
-                          _mm_shuffle_epi8(second, pattern(channel_of_last_pixels[2])));
-    }
-
-    static Lanes look_up(const LUT_entry* table, Lanes index)
-    {
-        return _mm_setr_epi32(table[_mm_cvtsi128_si32(index)], table[_mm_extract_epi32(index, 1)],
-                              table[_mm_extract_epi32(index, 2)], table[_mm_extract_epi32(index, 3)]);
-    }
-
-    static Lanes low_16_bits(Lanes v) { return _mm_blend_epi16(v, _mm_setzero_si128(), 0xAA); }
-    static Lanes zero() { return _mm_setzero_si128(); }
-    static Lanes broadcast(int32_t value) { return _mm_set1_epi32(value); }
-    static Doubles broadcast(double value) { return _mm_set1_pd(value); }
-    static Shift_count shift_count(int bits) { return _mm_cvtsi32_si128(bits); }
-
-    static Doubles low_half_to_doubles(Lanes v) { return _mm_cvtepi32_pd(v); }
-    static Doubles high_half_to_doubles(Lanes v) { return _mm_cvtepi32_pd(_mm_unpackhi_epi64(v, v)); }
     // Two roundings, which is no rounding at all where it is used: in the plain tier.
-    static Doubles multiply_add(Doubles a, Doubles b, Doubles c) { return _mm_add_pd(_mm_mul_pd(a, b), c); }
-    static Doubles multiply(Doubles a, Doubles b) { return _mm_mul_pd(a, b); }
-    static Doubles add(Doubles a, Doubles b) { return _mm_add_pd(a, b); }
-    static Doubles subtract(Doubles a, Doubles b) { return _mm_sub_pd(a, b); }
+    static Doubles multiply_add(const Doubles& a, Doubles b, Doubles c)
+    {
+        return {_mm_add_pd(_mm_mul_pd(a.low, b.low), c.low), _mm_add_pd(_mm_mul_pd(a.high, b.high), c.high)};
+    }
+    static Doubles multiply(const Doubles& a, Doubles b)
+    {
+        return {_mm_mul_pd(a.low, b.low), _mm_mul_pd(a.high, b.high)};
+    }
+    static Doubles add(Doubles a, Doubles b) { return {_mm_add_pd(a.low, b.low), _mm_add_pd(a.high, b.high)}; }
+    static Doubles subtract(Doubles a, Doubles b) { return {_mm_sub_pd(a.low, b.low), _mm_sub_pd(a.high, b.high)}; }
 
     // Truncation toward zero; NaN and values outside the int32 range give 0x80000000.
-    static Lanes truncate(Doubles low, Doubles high)
-    {
-        return _mm_unpacklo_epi64(_mm_cvttpd_epi32(low), _mm_cvttpd_epi32(high));
-    }
+    static Lanes truncate(Doubles v) { return _mm_unpacklo_epi64(_mm_cvttpd_epi32(v.low), _mm_cvttpd_epi32(v.high)); }
+};
 
-    static Lanes load_lanes(const int32_t* values) { return _mm_load_si128(reinterpret_cast<const __m128i*>(values)); }
-    static void store_lanes(int32_t* values, Lanes v) { _mm_store_si128(reinterpret_cast<__m128i*>(values), v); }
-    static Lanes min(Lanes a, Lanes b) { return _mm_min_epi32(a, b); }
-    static Lanes max(Lanes a, Lanes b) { return _mm_max_epi32(a, b); }
-    static Lanes shift_left(Lanes v, Shift_count bits) { return _mm_sll_epi32(v, bits); }
-    static Lanes shift_right_arithmetic(Lanes v, Shift_count bits) { return _mm_sra_epi32(v, bits); }
-
-    static void store_plane(uint16_t* samples, Lanes v)
-    {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(samples), _mm_shuffle_epi8(v, pattern(lane_shuffles::low_words)));
-    }
-
-    static void store_plane(uint8_t* samples, Lanes v)
-    {
-        store_4_bytes(samples, _mm_shuffle_epi8(v, pattern(lane_shuffles::low_bytes)));
-    }
-
-    // Channels c0, c1, c2 in memory order, then a zero fourth sample when FOURTH_CHANNEL.
-    template <bool FOURTH_CHANNEL>
-    static void store_pixels(uint16_t* pixels, Lanes c0, Lanes c1, Lanes c2)
-    {
-        const __m128i first_two = _mm_blend_epi16(c0, _mm_slli_epi32(c1, 16), 0xAA);
-        const __m128i third = low_16_bits(c2);
-        const __m128i pixels_0_1 = _mm_unpacklo_epi32(first_two, third);
-        const __m128i pixels_2_3 = _mm_unpackhi_epi32(first_two, third);
-        if constexpr (FOURTH_CHANNEL) {
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels), pixels_0_1);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels + 8), pixels_2_3);
-        } else {
-            const __m128i drop = pattern(lane_shuffles::drop_fourth_words);
-            const __m128i first_twelve = _mm_shuffle_epi8(pixels_0_1, drop);
-            const __m128i last_twelve = _mm_shuffle_epi8(pixels_2_3, drop);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels),
-                             _mm_or_si128(first_twelve, _mm_slli_si128(last_twelve, 12)));
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(pixels + 8), _mm_srli_si128(last_twelve, 4));
-        }
-    }
-
-    template <bool FOURTH_CHANNEL>
-    static void store_pixels(uint8_t* pixels, Lanes c0, Lanes c1, Lanes c2)
-    {
-        using namespace lane_shuffles;
-        const Pattern* placement = FOURTH_CHANNEL ? byte_of_four_channel_pixel : byte_of_three_channel_pixel;
-        const __m128i bytes = _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(c0, pattern(placement[0])),
-                                                        _mm_shuffle_epi8(c1, pattern(placement[1]))),
-                                           _mm_shuffle_epi8(c2, pattern(placement[2])));
-        if constexpr (FOURTH_CHANNEL) {
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels), bytes);
-        } else {
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(pixels), bytes);
-            store_4_bytes(pixels + 8, _mm_srli_si128(bytes, 8));
-        }
-    }
+// Both stages work on four pixels at a time.
+struct Sse41 {
+    using Sums = Sse41_sums;
+    using Finish = Lanes_128;
+    static constexpr int32_t width = 4;
 };
 
 }  // namespace
