@@ -26,6 +26,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 namespace pixel_pipeline {
@@ -75,29 +76,49 @@ struct Finish_constants {
 };
 
 // --- table look-ups ---------------------------------------------------------------------------
+//
+// Look-ups are scalar passes over a block: on the processors these libraries are written for,
+// a scalar load per value beats a vector gather, and the passes keep the vector loops free of
+// table accesses. Counts are multiples of four.
 
-// Replaces each value of a block by its table entry (only the low 16 bits for an input table),
-// one scalar load per value: on the processors these libraries are written for, scalar loads
-// beat a vector gather, and the pass keeps the vector loops free of table accesses. The count
-// is a multiple of four.
-template <bool LOW_16_BITS>
-inline void look_up_in_place(int32_t* values, int32_t count, const LUT_entry* table)
+// The low 16 bits of an input table's entry, read as a 16-bit load (the entries are
+// little-endian) instead of a load and a mask.
+inline uint32_t low_16_bits_of_entry(const LUT_entry* table, uint32_t index)
 {
-    for (int32_t k = 0; k < count; k += 4) {
-        const int32_t e0 = table[values[k]], e1 = table[values[k + 1]];
-        const int32_t e2 = table[values[k + 2]], e3 = table[values[k + 3]];
-        values[k] = LOW_16_BITS ? (e0 & 0xFFFF) : e0;
-        values[k + 1] = LOW_16_BITS ? (e1 & 0xFFFF) : e1;
-        values[k + 2] = LOW_16_BITS ? (e2 & 0xFFFF) : e2;
-        values[k + 3] = LOW_16_BITS ? (e3 & 0xFFFF) : e3;
-    }
+    uint16_t low;
+    std::memcpy(&low, table + index, sizeof low);
+    return low;
 }
 
-template <bool APPLIED, bool LOW_16_BITS>
+// One channel's samples of a block, straight from the input buffer (sample i at
+// first[STRIDE * i]), through the channel's input table when APPLIED.
+template <std::size_t STRIDE, bool APPLIED>
+inline void samples_into_block(const uint16_t* first, std::size_t begin, int32_t count, const LUT_entry* table,
+                               int32_t* values)
+{
+    const uint16_t* samples = first + STRIDE * begin;
+    for (int32_t k = 0; k < count; k += 4) {
+        for (int32_t j = k; j < k + 4; ++j) {
+            const uint32_t sample = samples[STRIDE * static_cast<std::size_t>(j)];
+            values[j] = static_cast<int32_t>(APPLIED ? low_16_bits_of_entry(table, sample) : sample);
+        }
+    }
+    static_cast<void>(table);
+}
+
+// Replaces each value of a block by its whole output-table entry.
+template <bool APPLIED>
 inline void look_up_block(int32_t* values, int32_t count, const LUT_entry* table)
 {
     if constexpr (APPLIED) {
-        look_up_in_place<LOW_16_BITS>(values, count, table);
+        for (int32_t k = 0; k < count; k += 4) {
+            const int32_t e0 = table[values[k]], e1 = table[values[k + 1]];
+            const int32_t e2 = table[values[k + 2]], e3 = table[values[k + 3]];
+            values[k] = e0;
+            values[k + 1] = e1;
+            values[k + 2] = e2;
+            values[k + 3] = e3;
+        }
     } else {
         static_cast<void>(values);
         static_cast<void>(count);
@@ -107,19 +128,17 @@ inline void look_up_block(int32_t* values, int32_t count, const LUT_entry* table
 
 // --- sums stage ------------------------------------------------------------------------------
 
-// The samples of pixels i .. i + width - 1 as lanes (to go through input tables)...
-template <typename Sums, int INPUT_FORMAT>
-inline void load_input_lanes(const Sums_inputs& in, std::size_t i, typename Sums::Lanes& blue,
-                             typename Sums::Lanes& green, typename Sums::Lanes& red)
+// The samples of one channel of a block, through its input table when APPLIED. CHANNEL is 0
+// for blue, 1 for green, 2 for red.
+template <int INPUT_FORMAT, int CHANNEL, bool APPLIED>
+inline void channel_into_block(const Sums_inputs& in, std::size_t begin, int32_t count, const LUT_entry* table,
+                               int32_t* values)
 {
-    if constexpr (INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL) {
-        Sums::load_pixels(in.input + 3 * i, blue, green, red);
-    } else if constexpr (INPUT_FORMAT == NQ_COLOR_FORMAT_RGB_PIXEL) {
-        Sums::load_pixels(in.input + 3 * i, red, green, blue);
+    if constexpr (INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL || INPUT_FORMAT == NQ_COLOR_FORMAT_RGB_PIXEL) {
+        constexpr int position = INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL ? CHANNEL : 2 - CHANNEL;
+        samples_into_block<3, APPLIED>(in.input + position, begin, count, table, values);
     } else {
-        blue = Sums::load_plane(in.input + i);
-        green = Sums::load_plane(in.input + in.plane + i);
-        red = Sums::load_plane(in.input + 2 * in.plane + i);
+        samples_into_block<1, APPLIED>(in.input + CHANNEL * in.plane, begin, count, table, values);
     }
 }
 
@@ -192,17 +211,12 @@ __attribute__((noinline)) void compute_block_sums(const Sums_inputs& in, const M
 {
     const Sums_inputs inputs = in;  // a local copy, which the block's stores cannot alias
     if constexpr (BLUE_INPUT_LUT || GREEN_INPUT_LUT || RED_INPUT_LUT) {
-        // Samples into the block, through the tables in place, then the matrix from the block.
-        for (int32_t k = 0; k < count; k += Sums::width) {
-            typename Sums::Lanes b, g, r;
-            load_input_lanes<Sums, INPUT_FORMAT>(inputs, static_cast<std::size_t>(begin + k), b, g, r);
-            Sums::store_lanes(block.blue + k, b);
-            Sums::store_lanes(block.green + k, g);
-            Sums::store_lanes(block.red + k, r);
-        }
-        look_up_block<BLUE_INPUT_LUT, true>(block.blue, count, inputs.blue_input_LUT);
-        look_up_block<GREEN_INPUT_LUT, true>(block.green, count, inputs.green_input_LUT);
-        look_up_block<RED_INPUT_LUT, true>(block.red, count, inputs.red_input_LUT);
+        // Each channel's samples into the block, through its table, then the matrix from the
+        // block.
+        const std::size_t first = static_cast<std::size_t>(begin);
+        channel_into_block<INPUT_FORMAT, 0, BLUE_INPUT_LUT>(inputs, first, count, inputs.blue_input_LUT, block.blue);
+        channel_into_block<INPUT_FORMAT, 1, GREEN_INPUT_LUT>(inputs, first, count, inputs.green_input_LUT, block.green);
+        channel_into_block<INPUT_FORMAT, 2, RED_INPUT_LUT>(inputs, first, count, inputs.red_input_LUT, block.red);
         for (int32_t k = 0; k < count; k += Sums::width) {
             const auto b = Sums::to_doubles(Sums::load_lanes(block.blue + k));
             const auto g = Sums::to_doubles(Sums::load_lanes(block.green + k));
@@ -271,9 +285,9 @@ __attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& o
             Finish::store_lanes(block.green + k, clamped(Finish::load_lanes(block.green + k), out.green));
             Finish::store_lanes(block.red + k, clamped(Finish::load_lanes(block.red + k), out.red));
         }
-        look_up_block<BLUE_OUTPUT_LUT, false>(block.blue, count, out.blue.output_LUT);
-        look_up_block<GREEN_OUTPUT_LUT, false>(block.green, count, out.green.output_LUT);
-        look_up_block<RED_OUTPUT_LUT, false>(block.red, count, out.red.output_LUT);
+        look_up_block<BLUE_OUTPUT_LUT>(block.blue, count, out.blue.output_LUT);
+        look_up_block<GREEN_OUTPUT_LUT>(block.green, count, out.green.output_LUT);
+        look_up_block<RED_OUTPUT_LUT>(block.red, count, out.red.output_LUT);
     }
     for (int32_t k = 0; k < count; k += Finish::width) {
         typename Finish::Lanes blue = Finish::load_lanes(block.blue + k);
