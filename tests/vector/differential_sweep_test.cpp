@@ -257,6 +257,6 @@ TEST_P(Differential_sweep, EveryCombinationMatchesTheScalarEngine)
 }
 
 INSTANTIATE_TEST_SUITE_P(Level, Differential_sweep, testing::Values(1, 2),
-                         [](const testing::TestParamInfo<int>& info) { return std::string(level_name(info.param)); });
+                         [](const testing::TestParamInfo<int>& parameter) { return std::string(level_name(parameter.param)); });
 
 }  // namespace

@@ -248,6 +248,6 @@ TEST_P(Exactness, StatelessAcrossInitialisationsAndThreads)
 }
 
 INSTANTIATE_TEST_SUITE_P(Level, Exactness, testing::Values(1, 2),
-                         [](const testing::TestParamInfo<int>& info) { return std::string(level_name(info.param)); });
+                         [](const testing::TestParamInfo<int>& parameter) { return std::string(level_name(parameter.param)); });
 
 }  // namespace

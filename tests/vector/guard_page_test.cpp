@@ -126,6 +126,6 @@ TEST_P(Guard_pages, NoAccessOutsideBuffersAndTablesInAnyLayout)
 }
 
 INSTANTIATE_TEST_SUITE_P(Level, Guard_pages, testing::Values(1, 2),
-                         [](const testing::TestParamInfo<int>& info) { return std::string(level_name(info.param)); });
+                         [](const testing::TestParamInfo<int>& parameter) { return std::string(level_name(parameter.param)); });
 
 }  // namespace
