@@ -9,7 +9,7 @@
 // pixels, applies the input tables and the matrix, and stores the truncated sums of each channel
 // into a small array; the finish stage clamps, applies the output tables, shifts, narrows and
 // stores them. Each stage is a separate instance per combination of the options it involves (48
-// sums stages, 96 finish stages per sample width), chosen once per call, so no stage loop tests
+// sums stages, 192 finish stages per sample width), chosen once per call, so no stage loop tests
 // an option while the library stays small. The block also lets each stage use the vector width
 // that suits it.
 //
@@ -241,16 +241,15 @@ inline typename Finish::Lanes clamped(typename Finish::Lanes value, const Channe
     return Finish::max(Finish::min(value, channel.max), channel.min);
 }
 
-// Shift: left logical, right arithmetic, by counts already reduced modulo 32.
-template <typename Finish, bool SHIFTED>
+// Shift: left logical, right arithmetic, by counts already reduced modulo 32 (0 for a channel
+// that does not shift that way). A call without any left (right) shift skips that step.
+template <typename Finish, bool SHIFT_LEFT, bool SHIFT_RIGHT>
 inline typename Finish::Lanes shifted(typename Finish::Lanes value, const Channel_constants<Finish>& channel)
 {
-    if constexpr (SHIFTED) {
-        return Finish::shift_right_arithmetic(Finish::shift_left(value, channel.left), channel.right);
-    } else {
-        static_cast<void>(channel);
-        return value;
-    }
+    if constexpr (SHIFT_LEFT) value = Finish::shift_left(value, channel.left);
+    if constexpr (SHIFT_RIGHT) value = Finish::shift_right_arithmetic(value, channel.right);
+    static_cast<void>(channel);
+    return value;
 }
 
 template <typename Finish, int OUTPUT_FORMAT, bool FOURTH_CHANNEL, typename T>
@@ -270,8 +269,8 @@ inline void store_output(T* output, std::size_t plane, std::size_t i, typename F
     }
 }
 
-template <typename Finish, bool BLUE_OUTPUT_LUT, bool GREEN_OUTPUT_LUT, bool RED_OUTPUT_LUT, bool SHIFTED,
-          bool FOURTH_CHANNEL, int OUTPUT_FORMAT, typename T>
+template <typename Finish, bool BLUE_OUTPUT_LUT, bool GREEN_OUTPUT_LUT, bool RED_OUTPUT_LUT, bool SHIFT_LEFT,
+          bool SHIFT_RIGHT, bool FOURTH_CHANNEL, int OUTPUT_FORMAT, typename T>
 __attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& out, int32_t begin, int32_t count,
                                             Block& block)
 {
@@ -299,9 +298,9 @@ __attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& o
             red = clamped(red, out.red);
         }
         store_output<Finish, OUTPUT_FORMAT, FOURTH_CHANNEL>(output, plane, static_cast<std::size_t>(begin + k),
-                                                            shifted<Finish, SHIFTED>(blue, out.blue),
-                                                            shifted<Finish, SHIFTED>(green, out.green),
-                                                            shifted<Finish, SHIFTED>(red, out.red));
+                                                            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(blue, out.blue),
+                                                            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(green, out.green),
+                                                            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(red, out.red));
     }
 }
 
@@ -345,13 +344,13 @@ Sums_stage<Sums> choose_sums_stage(const Transform_arguments<T>& a, Exactness_ti
 template <typename Finish, typename T>
 using Finish_stage = void (*)(const Finish_constants<Finish, T>&, int32_t, int32_t, Block&);
 
-// Index: output format * 32 + fourth channel * 16 + shifted * 8 + red, green, blue output
-// table bits.
+// Index: output format * 64 + fourth channel * 32 + any left shift * 16 + any right shift * 8
+// + red, green, blue output table bits.
 template <typename Finish, typename T, int INDEX>
 constexpr Finish_stage<Finish, T> finish_stage()
 {
-    return &finish_block<Finish, INDEX % 2 != 0, (INDEX / 2) % 2 != 0, (INDEX / 4) % 2 != 0, (INDEX / 8) % 2 != 0,
-                         (INDEX / 16) % 2 != 0, INDEX / 32, T>;
+    return &finish_block<Finish, INDEX % 2 != 0, (INDEX / 2) % 2 != 0, (INDEX / 4) % 2 != 0, (INDEX / 16) % 2 != 0,
+                         (INDEX / 8) % 2 != 0, (INDEX / 32) % 2 != 0, INDEX / 64, T>;
 }
 
 template <typename Finish, typename T, int... INDEX>
@@ -363,10 +362,11 @@ constexpr std::array<Finish_stage<Finish, T>, sizeof...(INDEX)> finish_stages(st
 template <typename Finish, typename T>
 Finish_stage<Finish, T> choose_finish_stage(const Transform_arguments<T>& a)
 {
-    static constexpr auto stages = finish_stages<Finish, T>(std::make_integer_sequence<int, 96>());
-    const bool shifted = a.blue_shift_distance != 0 || a.green_shift_distance != 0 || a.red_shift_distance != 0;
-    const int index = format_index(a.output_buffer_format) * 32 + (a.fourth_channel_enabled ? 16 : 0) +
-                      (shifted ? 8 : 0) + (a.red_output_LUT_enabled ? 4 : 0) +
+    static constexpr auto stages = finish_stages<Finish, T>(std::make_integer_sequence<int, 192>());
+    const bool left = a.blue_shift_distance > 0 || a.green_shift_distance > 0 || a.red_shift_distance > 0;
+    const bool right = a.blue_shift_distance < 0 || a.green_shift_distance < 0 || a.red_shift_distance < 0;
+    const int index = format_index(a.output_buffer_format) * 64 + (a.fourth_channel_enabled ? 32 : 0) +
+                      (left ? 16 : 0) + (right ? 8 : 0) + (a.red_output_LUT_enabled ? 4 : 0) +
                       (a.green_output_LUT_enabled ? 2 : 0) + (a.blue_output_LUT_enabled ? 1 : 0);
     return stages[static_cast<std::size_t>(index)];
 }
