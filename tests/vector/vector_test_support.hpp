@@ -1,6 +1,6 @@
 // What the vector-library tests share: the options of one transform decoded from an index over
-// all 62,208 combinations, whether this processor can run a vector level (asked through the
-// compiler's own CPU check, not the libraries' code under test), and test pixels.
+// all 62,208 combinations, whether this processor can run a level (asked through the compiler's
+// own CPU check, not the code under test), test pixels, and the first differing sample.
 #pragma once
 
 #include <corvane_xvr_color_processing.h>
@@ -13,9 +13,8 @@
 
 namespace vector_test {
 
-// 3 input formats x 2^6 table flags x 3^3 shift states x 2 fourth-channel settings x 3 output
-// formats x 2 sample widths.
 constexpr int option_combinations = 3 * 64 * 27 * 2 * 3 * 2;
+constexpr int32_t widest_step = 8;  // pixels per step of the AVX2 library (SSE: 4)
 
 struct Options {
     int input_format, output_format;
@@ -27,11 +26,7 @@ struct Options {
 inline Options decode_options(int index)
 {
     Options o{};
-    auto take = [&index](int values) {
-        const int value = index % values;
-        index /= values;
-        return value;
-    };
+    auto take = [&index](int values) { const int value = index % values; index /= values; return value; };
     o.eight_bit = take(2) != 0;
     o.output_format = take(3);
     o.fourth_channel = take(2) != 0;
@@ -52,16 +47,7 @@ inline std::string describe(const Options& o)
     return text.str();
 }
 
-inline const char* level_name(int level)
-{
-    return level == 2 ? "AVX2" : "SSE41";
-}
-
-// Pixels per vector step of each library.
-inline int32_t vector_width(int level)
-{
-    return level == 2 ? 8 : 4;
-}
+inline const char* level_name(int level) { return level == 2 ? "AVX2" : "SSE41"; }
 
 inline bool processor_runs_level(int level)
 {
@@ -70,54 +56,55 @@ inline bool processor_runs_level(int level)
     return __builtin_cpu_supports("sse4.1") && __builtin_cpu_supports("ssse3");
 }
 
-// Samples: 0 and 65535 a tenth of the time each, otherwise uniform.
 class Sample_source {
 public:
-    explicit Sample_source(uint32_t seed) : m_random(seed) {}
+    explicit Sample_source(uint32_t seed) : random(seed) {}
 
-    int32_t uniform(int32_t low, int32_t high)
-    {
-        return std::uniform_int_distribution<int32_t>(low, high)(m_random);
-    }
+    int32_t uniform(int32_t low, int32_t high) { return std::uniform_int_distribution<int32_t>(low, high)(random); }
 
+    // 0 and 65535 a tenth of the time each, otherwise uniform.
     uint16_t sample()
     {
         const int32_t pick = uniform(0, 9);
         return static_cast<uint16_t>(pick == 0 ? 0 : pick == 1 ? 65535 : uniform(0, 65535));
     }
 
-    // n pixels in the given layout (formats other than 1 and 2 are planar); a third of them
-    // grey, where matrices with cancelling columns leave only their small terms.
-    std::vector<uint16_t> pixels(int32_t n, int format)
+    // n pixels in the layout (formats other than 1 and 2 are planar), their three samples in
+    // memory order from `pixel` (by default a third of them grey, where matrices with
+    // cancelling columns leave only their small terms).
+    template <typename Pixel>
+    std::vector<uint16_t> pixels(int32_t n, int format, Pixel&& pixel)
     {
-        const std::size_t count = static_cast<std::size_t>(n);
-        std::vector<uint16_t> buffer(3 * count);
+        const std::size_t count = static_cast<std::size_t>(n > 0 ? n : 0);
+        std::vector<uint16_t> buffer(3 * count + 3);  // never empty: the calls refuse a null buffer
         for (std::size_t i = 0; i < count; ++i) {
-            const bool grey = uniform(0, 2) == 0;
-            const uint16_t grey_value = sample();
-            for (std::size_t channel = 0; channel < 3; ++channel) {
-                const std::size_t at = format == 1 || format == 2 ? 3 * i + channel : channel * count + i;
-                buffer[at] = grey ? grey_value : sample();
-            }
+            uint16_t samples[3];
+            pixel(samples);
+            for (std::size_t c = 0; c < 3; ++c) buffer[format == 1 || format == 2 ? 3 * i + c : c * count + i] = samples[c];
         }
         return buffer;
     }
+    std::vector<uint16_t> pixels(int32_t n, int format)
+    {
+        return pixels(n, format, [this](uint16_t* s) {
+            const bool grey = uniform(0, 2) == 0;
+            s[0] = sample();
+            s[1] = grey ? s[0] : sample();
+            s[2] = grey ? s[0] : sample();
+        });
+    }
 
-    std::mt19937& engine() { return m_random; }
-
-private:
-    std::mt19937 m_random;
+    std::mt19937 random;
 };
 
-// Index of the first differing element, or -1.
+// Index of the first differing sample, or -1.
 template <typename T>
 long first_difference(const std::vector<T>& a, const std::vector<T>& b)
 {
-    if (a.size() != b.size()) return 0;
-    for (std::size_t k = 0; k < a.size(); ++k) {
+    for (std::size_t k = 0; k < a.size() && k < b.size(); ++k) {
         if (a[k] != b[k]) return static_cast<long>(k);
     }
-    return -1;
+    return a.size() == b.size() ? -1 : static_cast<long>(a.size());
 }
 
 }  // namespace vector_test
