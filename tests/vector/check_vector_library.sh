@@ -1,9 +1,15 @@
 #!/usr/bin/env bash
-# A vector library's initialize runs on processors that may have neither SSE nor AVX: it, and
-# every function it reaches through direct calls and jumps, must use no vector register.
-# Usage: check_baseline_initialize.sh <library> <entry point>
+# One built vector library exports its four entry points and nothing else, and its initialize,
+# which runs on processors that may have neither SSE nor AVX, uses no vector register, nor does
+# any function it reaches through direct calls and jumps.
+# Usage: check_vector_library.sh <library> <sse|avx2>
 set -eu
-objdump -d --no-show-raw-insn "$1" | awk -v start="$2" '
+kind="$2"
+exported=$(nm -D --defined-only "$1" | awk '$2 ~ /^[TDBRVW]$/ {sub(/@.*/, "", $3); print $3}' | LC_ALL=C sort | tr '\n' ' ')
+expected="nq_color_processing_transform_16_bit_output_vector_$kind nq_color_processing_transform_8_bit_output_vector_$kind \
+nq_color_processing_vector_${kind}_module_initialize nq_color_processing_vector_${kind}_module_terminate "
+[ "$exported" = "$expected" ] || { echo "exports differ from the four entry points: $exported"; exit 1; }
+objdump -d --no-show-raw-insn "$1" | awk -v start="nq_color_processing_vector_${kind}_module_initialize" '
     /^[0-9a-f]+ <[^>]+>:$/ { name = $2; gsub(/[<>:]/, "", name); next }
     name != "" && NF > 0 {
         body[name] = body[name] $0 "\n"
