@@ -427,10 +427,11 @@ int transform(const Transform_arguments<T>& a)
     const Finish_stage<Finish, T> finish = choose_finish_stage<Finish>(a);
 
     Block block;
-    for (int32_t begin = 0; begin < claimed; begin += block_pixels) {
+    for (int32_t begin = 0; begin < claimed;) {  // never steps past claimed, so never overflows
         const int32_t count = claimed - begin < block_pixels ? claimed - begin : block_pixels;
         sums(inputs, matrix, begin, count, block);
         finish(outputs, begin, count, block);
+        begin += count;
     }
     return claimed;
 }
