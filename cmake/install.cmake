@@ -1,5 +1,6 @@
-# Installation of the colour-processing library, its two companion libraries, their public
-# headers, a pkg-config file per library and a CMake package.
+# Installation of the colour-processing library, its four companion libraries (tables, logger,
+# SSE and AVX2 vector libraries), the public headers, a pkg-config file per library and a CMake
+# package.
 #
 # Components:
 #   Runtime      what a host needs to run: the versioned libraries, their SONAME links, and the
@@ -38,11 +39,14 @@ set(NQ_INSTALL_STAGING_DIR "${CMAKE_BINARY_DIR}/install_staging")
 
 # Libraries and headers -------------------------------------------------------------------
 
-# target | public header | component of its unversioned link
+# target | public header (none for the vector libraries, which only the colour-processing
+# library calls) | component of its unversioned link
 set(nq_installed_libraries
     "corvane_xvr_color_processing|${PROJECT_SOURCE_DIR}/include/corvane_xvr_color_processing.h|Development"
     "corvane_xvr_LUT|${PROJECT_SOURCE_DIR}/companions/lut/include/corvane_xvr_LUT.h|Runtime"
-    "corvane_xvr_logger|${PROJECT_SOURCE_DIR}/companions/logger/include/corvane_xvr_logger.h|Runtime")
+    "corvane_xvr_logger|${PROJECT_SOURCE_DIR}/companions/logger/include/corvane_xvr_logger.h|Runtime"
+    "corvane_xvr_color_processing_vector_sse||Runtime"
+    "corvane_xvr_color_processing_vector_avx2||Runtime")
 
 set(NQ_INSTALLED_TARGETS "")
 foreach(entry ${nq_installed_libraries})
@@ -57,7 +61,9 @@ foreach(entry ${nq_installed_libraries})
         LIBRARY DESTINATION "${NQ_INSTALL_LIBDIR}"
             COMPONENT Runtime
             NAMELINK_COMPONENT ${namelink_component})
-    install(FILES "${header}" DESTINATION "${NQ_INSTALL_INCLUDEDIR}" COMPONENT Development)
+    if(header)
+        install(FILES "${header}" DESTINATION "${NQ_INSTALL_INCLUDEDIR}" COMPONENT Development)
+    endif()
     list(APPEND NQ_INSTALLED_TARGETS ${target})
 endforeach()
 
@@ -86,6 +92,10 @@ set(nq_description_corvane_xvr_color_processing
     "Colour correction of 48-bit pixels with look-up tables and a colour matrix (32-bit x86)")
 set(nq_description_corvane_xvr_LUT "Look-up tables of the corvane_xvr family (32-bit x86)")
 set(nq_description_corvane_xvr_logger "Log records of the corvane_xvr family (32-bit x86)")
+set(nq_description_corvane_xvr_color_processing_vector_sse
+    "SSE4.1 pixel code of the corvane_xvr colour-processing library, opened by it at run time (32-bit x86)")
+set(nq_description_corvane_xvr_color_processing_vector_avx2
+    "AVX2 pixel code of the corvane_xvr colour-processing library, opened by it at run time (32-bit x86)")
 foreach(target ${NQ_INSTALLED_TARGETS})
     nq_install_pkg_config_file(${target} "${nq_description_${target}}")
 endforeach()

@@ -116,16 +116,12 @@ Color_processor::Color_processor(int input_bit_depth, int output_bit_depth, int 
       m_output_LUTs(1 << output_bit_depth, vector_level == 2),
       m_output_LUT_size(1 << output_bit_depth),
       m_vector_level(vector_level),
-      m_sse_module("corvane_xvr_color_processing_vector_sse",
-                   "nq_color_processing_vector_sse_module_initialize",
-                   "nq_color_processing_transform_8_bit_output_vector_sse",
-                   "nq_color_processing_transform_16_bit_output_vector_sse",
-                   "nq_color_processing_vector_sse_module_terminate"),
-      m_avx2_module("corvane_xvr_color_processing_vector_avx2",
-                    "nq_color_processing_vector_avx2_module_initialize",
-                    "nq_color_processing_transform_8_bit_output_vector_avx2",
-                    "nq_color_processing_transform_16_bit_output_vector_avx2",
-                    "nq_color_processing_vector_avx2_module_terminate")
+      m_sse_module(NQ_VECTOR_SSE_MODULE_NAME, NQ_VECTOR_SSE_INITIALIZE_NAME,
+                   NQ_VECTOR_SSE_TRANSFORM_8_BIT_OUTPUT_NAME, NQ_VECTOR_SSE_TRANSFORM_16_BIT_OUTPUT_NAME,
+                   NQ_VECTOR_SSE_TERMINATE_NAME),
+      m_avx2_module(NQ_VECTOR_AVX2_MODULE_NAME, NQ_VECTOR_AVX2_INITIALIZE_NAME,
+                    NQ_VECTOR_AVX2_TRANSFORM_8_BIT_OUTPUT_NAME, NQ_VECTOR_AVX2_TRANSFORM_16_BIT_OUTPUT_NAME,
+                    NQ_VECTOR_AVX2_TERMINATE_NAME)
 {
 }
 

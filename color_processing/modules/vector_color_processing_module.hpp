@@ -4,16 +4,17 @@
 #pragma once
 
 #include "modules/shared_library.hpp"
-#include "scalar_engine/transform_arguments.hpp"
+
+#include <corvane_xvr_color_processing_vector.h>
 
 class Vector_color_processing_module {
 public:
-    using Initialize_function = int (*)();
-    // Each transform entry point processes pixels 0, 1, ... of the record and returns the index
-    // of the first pixel it left undone.
-    using Transform_8_bit_output_function = int (*)(const Transform_arguments<unsigned char>*);
-    using Transform_16_bit_output_function = int (*)(const Transform_arguments<unsigned short>*);
-    using Terminate_function = void (*)();
+    // The entry points' types are the contract's. Each transform entry point processes pixels
+    // 0, 1, ... of the record and returns the index of the first pixel it left undone.
+    using Initialize_function = nq_vector_module_initialize_function*;
+    using Transform_8_bit_output_function = nq_vector_transform_8_bit_output_function*;
+    using Transform_16_bit_output_function = nq_vector_transform_16_bit_output_function*;
+    using Terminate_function = nq_vector_module_terminate_function*;
 
     // Loads "lib<library_name>.so", binds the four entry points in argument order and runs the
     // library's initialisation; logs nothing.

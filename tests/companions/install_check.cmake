@@ -37,7 +37,8 @@ endif()
 get_filename_component(libdir_full "${found_LUT}" DIRECTORY)
 file(RELATIVE_PATH libdir "${prefix}" "${libdir_full}")
 
-foreach(name corvane_xvr_color_processing corvane_xvr_LUT corvane_xvr_logger)
+set(nq_vector_libraries corvane_xvr_color_processing_vector_sse corvane_xvr_color_processing_vector_avx2)
+foreach(name corvane_xvr_color_processing corvane_xvr_LUT corvane_xvr_logger ${nq_vector_libraries})
     set(real "${libdir_full}/lib${name}.so.1.0.0")
     if(NOT EXISTS "${real}" OR IS_SYMLINK "${real}")
         fail("${real} is a regular file")
@@ -63,7 +64,9 @@ endforeach()
 # The companions export their entry points and nothing else.
 foreach(library_and_names
         "LUT:nq_LUT_live_table_count;nq_LUT_module_initialize;nq_LUT_module_terminate;nq_LUT_transform_16;nq_create_LUT_test;nq_destroy_LUT;nq_get_LUT_data;nq_get_LUT_entry_count"
-        "logger:xvr_free_log;xvr_get_log;xvr_log")
+        "logger:xvr_free_log;xvr_get_log;xvr_log"
+        "color_processing_vector_sse:nq_color_processing_transform_16_bit_output_vector_sse;nq_color_processing_transform_8_bit_output_vector_sse;nq_color_processing_vector_sse_module_initialize;nq_color_processing_vector_sse_module_terminate"
+        "color_processing_vector_avx2:nq_color_processing_transform_16_bit_output_vector_avx2;nq_color_processing_transform_8_bit_output_vector_avx2;nq_color_processing_vector_avx2_module_initialize;nq_color_processing_vector_avx2_module_terminate")
     string(REGEX MATCH "^([^:]+):(.*)$" ignored "${library_and_names}")
     set(library "libcorvane_xvr_${CMAKE_MATCH_1}.so.1.0.0")
     set(wanted "${CMAKE_MATCH_2}")
@@ -84,7 +87,7 @@ set(present "${package}Config.cmake" "${package}ConfigVersion.cmake"
 foreach(name color_processing LUT logger)
     list(APPEND present "${prefix}/include/corvane_xvr_${name}.h")
 endforeach()
-foreach(name LUT logger)
+foreach(name LUT logger color_processing_vector_sse color_processing_vector_avx2)
     list(APPEND present "${runtime_libdir}/libcorvane_xvr_${name}.so" "${runtime_libdir}/libcorvane_xvr_${name}.so.1")
 endforeach()
 foreach(file ${present})
@@ -111,8 +114,9 @@ run_or_fail("pkg-config" pkg-config --variable=prefix corvane_xvr_color_processi
 if(NOT run_output STREQUAL "${prefix}\n")
     fail("the pkg-config file names the install prefix (${run_output})")
 endif()
-run_or_fail("pkg-config" pkg-config --modversion corvane_xvr_color_processing corvane_xvr_LUT corvane_xvr_logger)
-if(NOT run_output STREQUAL "1.0.0\n1.0.0\n1.0.0\n")
+run_or_fail("pkg-config" pkg-config --modversion corvane_xvr_color_processing corvane_xvr_LUT corvane_xvr_logger
+    ${nq_vector_libraries})
+if(NOT run_output STREQUAL "1.0.0\n1.0.0\n1.0.0\n1.0.0\n1.0.0\n")
     fail("pkg-config versions are 1.0.0")
 endif()
 

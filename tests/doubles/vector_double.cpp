@@ -7,7 +7,7 @@
 //   <kind>.transform_throws    both transform entry points throw std::runtime_error
 #include "companion_probe.h"
 
-#include "scalar_engine/transform_arguments.hpp"
+#include <corvane_xvr_color_processing_vector.h>
 
 #include <stdexcept>
 #include <string>

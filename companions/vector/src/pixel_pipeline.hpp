@@ -1,0 +1,439 @@
+// The pixel algorithm of both vector libraries, written once over an instruction-set layer
+// `Isa` (pixel_pipeline_sse41.cpp, pixel_pipeline_avx2.cpp). Isa::Sums supplies a group of
+// Isa::Sums::width pixels' values of one channel as 32-bit lanes and as doubles, the arithmetic
+// on the doubles and the input loads of each layout; Isa::Finish supplies groups of
+// Isa::Finish::width 32-bit lanes with the clamp, shifts and output stores of each layout.
+//
+// A call claims the largest multiple of Isa::width pixels (a multiple of both group widths) and
+// leaves the rest to the scalar engine. It runs in blocks: the sums stage reads a block of
+// pixels, applies the input tables and the matrix, and stores the truncated sums of each channel
+// into a small array; the finish stage clamps, applies the output tables, shifts, narrows and
+// stores them. Each stage is a separate instance per combination of the options it involves (48
+// sums stages, 192 finish stages per sample width), chosen once per call, so no stage loop tests
+// an option while the library stays small. The block also lets each stage use the vector width
+// that suits it.
+//
+// Exactness: see exactness_tier.hpp. The products are exact in double, the sums are exact (or
+// exactly compensated) and the truncation of cvttpd2dq gives 0x80000000 for NaN and for values
+// outside the int32 range, like the x87 conversion of the scalar engine. Everything after the
+// conversion is integer arithmetic, identical by construction.
+#pragma once
+
+#include "exactness_tier.hpp"
+#include "rounding_scope.hpp"
+#include "scalar_engine/transform_arguments.hpp"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+namespace pixel_pipeline {
+
+constexpr int32_t block_pixels = 256;
+
+// The truncated sums of one block, channel by channel.
+struct Block {
+    alignas(64) int32_t blue[block_pixels];
+    alignas(64) int32_t green[block_pixels];
+    alignas(64) int32_t red[block_pixels];
+};
+
+// What the sums stage reads; the same for both output sample widths.
+struct Sums_inputs {
+    const uint16_t* input;
+    std::size_t plane;  // planar stride: the whole call's pixel count
+    const LUT_entry* blue_input_LUT;
+    const LUT_entry* green_input_LUT;
+    const LUT_entry* red_input_LUT;
+};
+
+// The matrix as vectors of doubles, row-major (rows yield red, green, blue), and the rounding
+// half. Products of these with 16-bit samples are exact.
+template <typename Sums>
+struct Matrix_constants {
+    typename Sums::Doubles coefficient[9];
+    typename Sums::Doubles half;
+};
+
+template <typename Finish>
+struct Channel_constants {
+    typename Finish::Lanes min;
+    typename Finish::Lanes max;
+    typename Finish::Shift_count left;   // 0 unless the channel shifts left
+    typename Finish::Shift_count right;  // 0 unless the channel shifts right
+    const LUT_entry* output_LUT;
+};
+
+template <typename Finish, typename T>
+struct Finish_constants {
+    T* output;
+    std::size_t plane;
+    Channel_constants<Finish> blue;
+    Channel_constants<Finish> green;
+    Channel_constants<Finish> red;
+};
+
+// --- table look-ups ---------------------------------------------------------------------------
+//
+// Look-ups are scalar passes over a block: on the processors these libraries are written for,
+// a scalar load per value beats a vector gather, and the passes keep the vector loops free of
+// table accesses. Counts are multiples of four.
+
+// The low 16 bits of an input table's entry, read as a 16-bit load (the entries are
+// little-endian) instead of a load and a mask.
+inline uint32_t low_16_bits_of_entry(const LUT_entry* table, uint32_t index)
+{
+    uint16_t low;
+    std::memcpy(&low, table + index, sizeof low);
+    return low;
+}
+
+// One channel's samples of a block, straight from the input buffer (sample i at
+// first[STRIDE * i]), through the channel's input table when APPLIED.
+template <std::size_t STRIDE, bool APPLIED>
+inline void samples_into_block(const uint16_t* first, std::size_t begin, int32_t count, const LUT_entry* table,
+                               int32_t* values)
+{
+    const uint16_t* samples = first + STRIDE * begin;
+    for (int32_t k = 0; k < count; k += 4) {
+        for (int32_t j = k; j < k + 4; ++j) {
+            const uint32_t sample = samples[STRIDE * static_cast<std::size_t>(j)];
+            values[j] = static_cast<int32_t>(APPLIED ? low_16_bits_of_entry(table, sample) : sample);
+        }
+    }
+    static_cast<void>(table);
+}
+
+// Replaces each value of a block by its whole output-table entry.
+template <bool APPLIED>
+inline void look_up_block(int32_t* values, int32_t count, const LUT_entry* table)
+{
+    if constexpr (APPLIED) {
+        for (int32_t k = 0; k < count; k += 4) {
+            const int32_t e0 = table[values[k]], e1 = table[values[k + 1]];
+            const int32_t e2 = table[values[k + 2]], e3 = table[values[k + 3]];
+            values[k] = e0;
+            values[k + 1] = e1;
+            values[k + 2] = e2;
+            values[k + 3] = e3;
+        }
+    } else {
+        static_cast<void>(values);
+        static_cast<void>(count);
+        static_cast<void>(table);
+    }
+}
+
+// --- sums stage ------------------------------------------------------------------------------
+
+// The samples of one channel of a block, through its input table when APPLIED. CHANNEL is 0
+// for blue, 1 for green, 2 for red.
+template <int INPUT_FORMAT, int CHANNEL, bool APPLIED>
+inline void channel_into_block(const Sums_inputs& in, std::size_t begin, int32_t count, const LUT_entry* table,
+                               int32_t* values)
+{
+    if constexpr (INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL || INPUT_FORMAT == NQ_COLOR_FORMAT_RGB_PIXEL) {
+        constexpr int position = INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL ? CHANNEL : 2 - CHANNEL;
+        samples_into_block<3, APPLIED>(in.input + position, begin, count, table, values);
+    } else {
+        samples_into_block<1, APPLIED>(in.input + CHANNEL * in.plane, begin, count, table, values);
+    }
+}
+
+// ...or straight as doubles.
+template <typename Sums, int INPUT_FORMAT>
+inline void load_input_doubles(const Sums_inputs& in, std::size_t i, typename Sums::Doubles& blue,
+                               typename Sums::Doubles& green, typename Sums::Doubles& red)
+{
+    if constexpr (INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL) {
+        Sums::load_pixels_as_doubles(in.input + 3 * i, blue, green, red);
+    } else if constexpr (INPUT_FORMAT == NQ_COLOR_FORMAT_RGB_PIXEL) {
+        Sums::load_pixels_as_doubles(in.input + 3 * i, red, green, blue);
+    } else {
+        blue = Sums::load_plane_as_doubles(in.input + i);
+        green = Sums::load_plane_as_doubles(in.input + in.plane + i);
+        red = Sums::load_plane_as_doubles(in.input + 2 * in.plane + i);
+    }
+}
+
+template <typename Doubles>
+struct Two_sum {
+    Doubles value;
+    Doubles error;  // value + error is the exact sum
+};
+
+// Knuth's TwoSum: exact for any two doubles whose sum does not overflow.
+template <typename Sums>
+inline Two_sum<typename Sums::Doubles> two_sum(typename Sums::Doubles a, typename Sums::Doubles b)
+{
+    const auto sum = Sums::add(a, b);
+    const auto b_part = Sums::subtract(sum, a);
+    const auto a_part = Sums::subtract(sum, b_part);
+    const auto error = Sums::add(Sums::subtract(a, a_part), Sums::subtract(b, b_part));
+    return {sum, error};
+}
+
+// red * row[0] + green * row[1] + blue * row[2] + 0.5, rounded once to double.
+template <typename Sums, Exactness_tier TIER>
+inline typename Sums::Doubles rounded_sum(const Matrix_constants<Sums>& matrix, int row,
+                                          typename Sums::Doubles red, typename Sums::Doubles green,
+                                          typename Sums::Doubles blue)
+{
+    const auto* coefficient = matrix.coefficient + 3 * row;
+    if constexpr (TIER == Exactness_tier::plain) {
+        // Every intermediate value is exact, so the order and the fusing do not matter.
+        return Sums::multiply_add(coefficient[0], red,
+                                  Sums::multiply_add(coefficient[1], green,
+                                                     Sums::multiply_add(coefficient[2], blue, matrix.half)));
+    } else {
+        const auto first = two_sum<Sums>(Sums::multiply(coefficient[0], red), Sums::multiply(coefficient[1], green));
+        const auto second = two_sum<Sums>(first.value, Sums::multiply(coefficient[2], blue));
+        const auto third = two_sum<Sums>(second.value, matrix.half);
+        return Sums::add(third.value, Sums::add(Sums::add(first.error, second.error), third.error));
+    }
+}
+
+template <typename Sums, Exactness_tier TIER>
+inline void store_matrix_product(const Matrix_constants<Sums>& matrix, typename Sums::Doubles r,
+                                 typename Sums::Doubles g, typename Sums::Doubles b, Block& block, int32_t k)
+{
+    Sums::store_lanes(block.red + k, Sums::truncate(rounded_sum<Sums, TIER>(matrix, 0, r, g, b)));
+    Sums::store_lanes(block.green + k, Sums::truncate(rounded_sum<Sums, TIER>(matrix, 1, r, g, b)));
+    Sums::store_lanes(block.blue + k, Sums::truncate(rounded_sum<Sums, TIER>(matrix, 2, r, g, b)));
+}
+
+template <typename Sums, int INPUT_FORMAT, bool BLUE_INPUT_LUT, bool GREEN_INPUT_LUT, bool RED_INPUT_LUT,
+          Exactness_tier TIER>
+__attribute__((noinline)) void compute_block_sums(const Sums_inputs& in, const Matrix_constants<Sums>& matrix,
+                                                  int32_t begin, int32_t count, Block& block)
+{
+    const Sums_inputs inputs = in;  // a local copy, which the block's stores cannot alias
+    if constexpr (BLUE_INPUT_LUT || GREEN_INPUT_LUT || RED_INPUT_LUT) {
+        // Each channel's samples into the block, through its table, then the matrix from the
+        // block.
+        const std::size_t first = static_cast<std::size_t>(begin);
+        channel_into_block<INPUT_FORMAT, 0, BLUE_INPUT_LUT>(inputs, first, count, inputs.blue_input_LUT, block.blue);
+        channel_into_block<INPUT_FORMAT, 1, GREEN_INPUT_LUT>(inputs, first, count, inputs.green_input_LUT, block.green);
+        channel_into_block<INPUT_FORMAT, 2, RED_INPUT_LUT>(inputs, first, count, inputs.red_input_LUT, block.red);
+        for (int32_t k = 0; k < count; k += Sums::width) {
+            const auto b = Sums::to_doubles(Sums::load_lanes(block.blue + k));
+            const auto g = Sums::to_doubles(Sums::load_lanes(block.green + k));
+            const auto r = Sums::to_doubles(Sums::load_lanes(block.red + k));
+            store_matrix_product<Sums, TIER>(matrix, r, g, b, block, k);
+        }
+    } else {
+        for (int32_t k = 0; k < count; k += Sums::width) {
+            typename Sums::Doubles b, g, r;
+            load_input_doubles<Sums, INPUT_FORMAT>(inputs, static_cast<std::size_t>(begin + k), b, g, r);
+            store_matrix_product<Sums, TIER>(matrix, r, g, b, block, k);
+        }
+    }
+}
+
+// --- finish stage ----------------------------------------------------------------------------
+
+// Clamp: max first, then min, both signed.
+template <typename Finish>
+inline typename Finish::Lanes clamped(typename Finish::Lanes value, const Channel_constants<Finish>& channel)
+{
+    return Finish::max(Finish::min(value, channel.max), channel.min);
+}
+
+// Shift: left logical, right arithmetic, by counts already reduced modulo 32 (0 for a channel
+// that does not shift that way). A call without any left (right) shift skips that step.
+template <typename Finish, bool SHIFT_LEFT, bool SHIFT_RIGHT>
+inline typename Finish::Lanes shifted(typename Finish::Lanes value, const Channel_constants<Finish>& channel)
+{
+    if constexpr (SHIFT_LEFT) value = Finish::shift_left(value, channel.left);
+    if constexpr (SHIFT_RIGHT) value = Finish::shift_right_arithmetic(value, channel.right);
+    static_cast<void>(channel);
+    return value;
+}
+
+template <typename Finish, int OUTPUT_FORMAT, bool FOURTH_CHANNEL, typename T>
+inline void store_output(T* output, std::size_t plane, std::size_t i, typename Finish::Lanes blue,
+                         typename Finish::Lanes green, typename Finish::Lanes red)
+{
+    constexpr std::size_t channels = FOURTH_CHANNEL ? 4 : 3;
+    if constexpr (OUTPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL) {
+        Finish::template store_pixels<FOURTH_CHANNEL>(output + channels * i, blue, green, red);
+    } else if constexpr (OUTPUT_FORMAT == NQ_COLOR_FORMAT_RGB_PIXEL) {
+        Finish::template store_pixels<FOURTH_CHANNEL>(output + channels * i, red, green, blue);
+    } else {
+        Finish::store_plane(output + i, blue);
+        Finish::store_plane(output + plane + i, green);
+        Finish::store_plane(output + 2 * plane + i, red);
+        if constexpr (FOURTH_CHANNEL) Finish::store_plane(output + 3 * plane + i, Finish::zero());
+    }
+}
+
+template <typename Finish, bool BLUE_OUTPUT_LUT, bool GREEN_OUTPUT_LUT, bool RED_OUTPUT_LUT, bool SHIFT_LEFT,
+          bool SHIFT_RIGHT, bool FOURTH_CHANNEL, int OUTPUT_FORMAT, typename T>
+__attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& out, int32_t begin, int32_t count,
+                                            Block& block)
+{
+    T* const output = out.output;  // locals, which the output stores cannot alias
+    const std::size_t plane = out.plane;
+    constexpr bool any_output_LUT = BLUE_OUTPUT_LUT || GREEN_OUTPUT_LUT || RED_OUTPUT_LUT;
+    if constexpr (any_output_LUT) {
+        // Clamped values into the block, through the tables in place, then shift and store.
+        for (int32_t k = 0; k < count; k += Finish::width) {
+            Finish::store_lanes(block.blue + k, clamped(Finish::load_lanes(block.blue + k), out.blue));
+            Finish::store_lanes(block.green + k, clamped(Finish::load_lanes(block.green + k), out.green));
+            Finish::store_lanes(block.red + k, clamped(Finish::load_lanes(block.red + k), out.red));
+        }
+        look_up_block<BLUE_OUTPUT_LUT>(block.blue, count, out.blue.output_LUT);
+        look_up_block<GREEN_OUTPUT_LUT>(block.green, count, out.green.output_LUT);
+        look_up_block<RED_OUTPUT_LUT>(block.red, count, out.red.output_LUT);
+    }
+    for (int32_t k = 0; k < count; k += Finish::width) {
+        typename Finish::Lanes blue = Finish::load_lanes(block.blue + k);
+        typename Finish::Lanes green = Finish::load_lanes(block.green + k);
+        typename Finish::Lanes red = Finish::load_lanes(block.red + k);
+        if constexpr (!any_output_LUT) {
+            blue = clamped(blue, out.blue);
+            green = clamped(green, out.green);
+            red = clamped(red, out.red);
+        }
+        store_output<Finish, OUTPUT_FORMAT, FOURTH_CHANNEL>(output, plane, static_cast<std::size_t>(begin + k),
+                                                            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(blue, out.blue),
+                                                            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(green, out.green),
+                                                            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(red, out.red));
+    }
+}
+
+// --- choice of the stages, once per call ------------------------------------------------------
+
+// The dispatch reads formats 1 and 2 as interleaved and every other value as planar, like the
+// scalar engine.
+inline int format_index(NQ_COLOR_FORMAT format)
+{
+    return format == NQ_COLOR_FORMAT_BGR_PIXEL ? 1 : format == NQ_COLOR_FORMAT_RGB_PIXEL ? 2 : 0;
+}
+
+template <typename Sums>
+using Sums_stage = void (*)(const Sums_inputs&, const Matrix_constants<Sums>&, int32_t, int32_t, Block&);
+
+// Index: input format * 16 + red, green, blue input table bits * 2 + tier.
+template <typename Sums, int INDEX>
+constexpr Sums_stage<Sums> sums_stage()
+{
+    constexpr Exactness_tier tier = INDEX % 2 == 0 ? Exactness_tier::plain : Exactness_tier::compensated;
+    return &compute_block_sums<Sums, INDEX / 16, (INDEX / 2) % 2 != 0, (INDEX / 4) % 2 != 0, (INDEX / 8) % 2 != 0,
+                               tier>;
+}
+
+template <typename Sums, int... INDEX>
+constexpr std::array<Sums_stage<Sums>, sizeof...(INDEX)> sums_stages(std::integer_sequence<int, INDEX...>)
+{
+    return {sums_stage<Sums, INDEX>()...};
+}
+
+template <typename Sums, typename T>
+Sums_stage<Sums> choose_sums_stage(const Transform_arguments<T>& a, Exactness_tier tier)
+{
+    static constexpr auto stages = sums_stages<Sums>(std::make_integer_sequence<int, 48>());
+    const int index = format_index(a.input_buffer_format) * 16 + (a.red_input_LUT_enabled ? 8 : 0) +
+                      (a.green_input_LUT_enabled ? 4 : 0) + (a.blue_input_LUT_enabled ? 2 : 0) +
+                      (tier == Exactness_tier::compensated ? 1 : 0);
+    return stages[static_cast<std::size_t>(index)];
+}
+
+template <typename Finish, typename T>
+using Finish_stage = void (*)(const Finish_constants<Finish, T>&, int32_t, int32_t, Block&);
+
+// Index: output format * 64 + fourth channel * 32 + any left shift * 16 + any right shift * 8
+// + red, green, blue output table bits.
+template <typename Finish, typename T, int INDEX>
+constexpr Finish_stage<Finish, T> finish_stage()
+{
+    return &finish_block<Finish, INDEX % 2 != 0, (INDEX / 2) % 2 != 0, (INDEX / 4) % 2 != 0, (INDEX / 16) % 2 != 0,
+                         (INDEX / 8) % 2 != 0, (INDEX / 32) % 2 != 0, INDEX / 64, T>;
+}
+
+template <typename Finish, typename T, int... INDEX>
+constexpr std::array<Finish_stage<Finish, T>, sizeof...(INDEX)> finish_stages(std::integer_sequence<int, INDEX...>)
+{
+    return {finish_stage<Finish, T, INDEX>()...};
+}
+
+template <typename Finish, typename T>
+Finish_stage<Finish, T> choose_finish_stage(const Transform_arguments<T>& a)
+{
+    static constexpr auto stages = finish_stages<Finish, T>(std::make_integer_sequence<int, 192>());
+    const bool left = a.blue_shift_distance > 0 || a.green_shift_distance > 0 || a.red_shift_distance > 0;
+    const bool right = a.blue_shift_distance < 0 || a.green_shift_distance < 0 || a.red_shift_distance < 0;
+    const int index = format_index(a.output_buffer_format) * 64 + (a.fourth_channel_enabled ? 32 : 0) +
+                      (left ? 16 : 0) + (right ? 8 : 0) + (a.red_output_LUT_enabled ? 4 : 0) +
+                      (a.green_output_LUT_enabled ? 2 : 0) + (a.blue_output_LUT_enabled ? 1 : 0);
+    return stages[static_cast<std::size_t>(index)];
+}
+
+// --- per-call constants ----------------------------------------------------------------------
+
+template <typename Sums>
+Matrix_constants<Sums> matrix_constants(const float* matrix)
+{
+    Matrix_constants<Sums> constants;
+    for (int k = 0; k < 9; ++k) constants.coefficient[k] = Sums::broadcast_double(static_cast<double>(matrix[k]));
+    constants.half = Sums::broadcast_double(0.5);
+    return constants;
+}
+
+// The scalar engine shifts by the distance modulo 32: left for a positive distance, right for a
+// negative one by its negation.
+template <typename Finish>
+Channel_constants<Finish> channel_constants(uint16_t min, uint16_t max, int32_t shift_distance,
+                                            const LUT_entry* output_LUT)
+{
+    const uint32_t distance = static_cast<uint32_t>(shift_distance);
+    Channel_constants<Finish> channel;
+    channel.min = Finish::broadcast_lanes(static_cast<int32_t>(min));
+    channel.max = Finish::broadcast_lanes(static_cast<int32_t>(max));
+    channel.left = Finish::shift_count(shift_distance > 0 ? static_cast<int>(distance & 31u) : 0);
+    channel.right = Finish::shift_count(shift_distance < 0 ? static_cast<int>((0u - distance) & 31u) : 0);
+    channel.output_LUT = output_LUT;
+    return channel;
+}
+
+// --- the transform entry --------------------------------------------------------------------
+
+// Processes pixels 0 .. claimed - 1 exactly as the scalar engine would and returns claimed:
+// the largest multiple of Isa::width not above the pixel count, or 0 when the matrix leaves the
+// call to the scalar engine or the count is below one step (or negative).
+template <typename Isa, typename T>
+int transform(const Transform_arguments<T>& a)
+{
+    using Sums = typename Isa::Sums;
+    using Finish = typename Isa::Finish;
+    static_assert(Isa::width % Sums::width == 0 && Isa::width % Finish::width == 0 && block_pixels % Isa::width == 0);
+    if (a.pixel_count < Isa::width) return 0;
+    const Exactness_tier tier = exactness_tier(a.matrix);
+    if (tier == Exactness_tier::scalar_only) return 0;
+    const int32_t claimed = a.pixel_count - a.pixel_count % Isa::width;
+
+    const Rounding_scope rounding;
+    const std::size_t plane = static_cast<std::size_t>(a.pixel_count);
+    const Sums_inputs inputs{a.input_buffer, plane, a.blue_input_LUT, a.green_input_LUT, a.red_input_LUT};
+    const Matrix_constants<Sums> matrix = matrix_constants<Sums>(a.matrix);
+    const Finish_constants<Finish, T> outputs{
+        a.output_buffer, plane,
+        channel_constants<Finish>(a.blue_clamp_min, a.blue_clamp_max, a.blue_shift_distance, a.blue_output_LUT),
+        channel_constants<Finish>(a.green_clamp_min, a.green_clamp_max, a.green_shift_distance, a.green_output_LUT),
+        channel_constants<Finish>(a.red_clamp_min, a.red_clamp_max, a.red_shift_distance, a.red_output_LUT)};
+    const Sums_stage<Sums> sums = choose_sums_stage<Sums>(a, tier);
+    const Finish_stage<Finish, T> finish = choose_finish_stage<Finish>(a);
+
+    Block block;
+    for (int32_t begin = 0; begin < claimed;) {  // never steps past claimed, so never overflows
+        const int32_t count = claimed - begin < block_pixels ? claimed - begin : block_pixels;
+        sums(inputs, matrix, begin, count, block);
+        finish(outputs, begin, count, block);
+        begin += count;
+    }
+    return claimed;
+}
+
+}  // namespace pixel_pipeline
