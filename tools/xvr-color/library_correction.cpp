@@ -1,30 +1,18 @@
 #include "library_correction.hpp"
 
+#include "parallel_tasks.hpp"
 #include "tool_error.hpp"
 
 #include <corvane_xvr_color_processing.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstring>
 
 namespace xvr_color {
 
 namespace {
-
-// Initialisation is matched by a termination even when it reports failure: the library counts
-// both.
-class Library_module {
-public:
-    Library_module() : m_result(nq_color_processing_module_initialize()) {}
-    ~Library_module() { nq_color_processing_module_terminate(); }
-    Library_module(const Library_module&) = delete;
-    Library_module& operator=(const Library_module&) = delete;
-
-    int result() const { return m_result; }
-
-private:
-    int m_result;
-};
 
 class Processor {
 public:
@@ -95,48 +83,77 @@ void configure(void* processor, const Correction_plan& plan)
     }
 }
 
-// One transform call; the library's per-channel arguments run blue, green, red.
+// One transform call over `pixels` pixels from `first`; the library's per-channel arguments run
+// blue, green, red.
 template <typename Sample>
-int transform(void* processor, const Correction_plan& plan, const Image& input, Sample* output)
+int transform(void* processor, const Correction_plan& plan, const std::uint16_t* input, Sample* output,
+              std::int32_t pixels)
 {
     const Channel_settings& red = plan.channels[0];
     const Channel_settings& green = plan.channels[1];
     const Channel_settings& blue = plan.channels[2];
-    const int32_t pixels = static_cast<int32_t>(input.pixel_count());
     auto bound = [](int value) { return static_cast<uint16_t>(value); };
     if constexpr (sizeof(Sample) == 1) {
         return nq_color_transform_48_to_24(
-            processor, input.samples.data(), NQ_COLOR_FORMAT_RGB_PIXEL, bound(blue.clamp_min),
+            processor, input, NQ_COLOR_FORMAT_RGB_PIXEL, bound(blue.clamp_min),
             bound(blue.clamp_max), bound(green.clamp_min), bound(green.clamp_max),
             bound(red.clamp_min), bound(red.clamp_max), blue.shift, green.shift, red.shift,
             output, NQ_COLOR_FORMAT_RGB_PIXEL, pixels);
     } else {
         return nq_color_transform_48_to_48(
-            processor, input.samples.data(), NQ_COLOR_FORMAT_RGB_PIXEL, bound(blue.clamp_min),
+            processor, input, NQ_COLOR_FORMAT_RGB_PIXEL, bound(blue.clamp_min),
             bound(blue.clamp_max), bound(green.clamp_min), bound(green.clamp_max),
             bound(red.clamp_min), bound(red.clamp_max), blue.shift, green.shift, red.shift,
             output, NQ_COLOR_FORMAT_RGB_PIXEL, pixels);
     }
 }
 
+// Slices small enough that a progress line moves and the threads finish together, large
+// enough that a call's fixed cost does not show.
+constexpr std::size_t smallest_slice = 1u << 16;
+constexpr std::size_t slices_per_thread = 4;
+
 template <typename Sample>
-void transform_repeatedly(void* processor, const Correction_plan& plan, const Image& input,
-                          int repeat, Correction_result& result)
+void transform_in_slices(void* processor, const Correction_plan& plan, const Image& input, Sample* output,
+                         const Run_settings& settings)
 {
-    std::vector<Sample> output(input.samples.size());
-    const char* call = sizeof(Sample) == 1 ? "nq_color_transform_48_to_24"
-                                           : "nq_color_transform_48_to_48";
-    const auto start = std::chrono::steady_clock::now();
-    for (int run = 0; run < repeat; ++run) {
-        check_code(transform(processor, plan, input, output.data()), call);
-    }
-    const auto end = std::chrono::steady_clock::now();
-    result.seconds = std::chrono::duration<double>(end - start).count();
-    result.transforms = repeat;
+    const std::size_t pixels = input.pixel_count();
+    const std::size_t wanted = std::max<std::size_t>(1, settings.threads * slices_per_thread);
+    const std::size_t slice = std::max(smallest_slice, (pixels + wanted - 1) / wanted);
+    const std::size_t count = (pixels + slice - 1) / slice;
+    const char* call = sizeof(Sample) == 1 ? "nq_color_transform_48_to_24" : "nq_color_transform_48_to_48";
+    std::atomic<std::size_t> finished{0};
+    const std::size_t total = count * static_cast<std::size_t>(settings.repeat);
+    run_in_parallel(total, settings.threads, [&](std::size_t task) {
+        const std::size_t first = (task % count) * slice;
+        const std::size_t length = std::min(slice, pixels - first);
+        check_code(transform(processor, plan, input.samples.data() + 3 * first, output + 3 * first,
+                             static_cast<std::int32_t>(length)),
+                   call);
+        if (settings.progress) {
+            settings.progress(static_cast<double>(++finished) / static_cast<double>(total));
+        }
+    });
+}
+
+void transform_image(void* processor, const Correction_plan& plan, const Image& input,
+                     const Run_settings& settings, Correction_result& result)
+{
     result.image.width = input.width;
     result.image.height = input.height;
     result.image.sample_bits = plan.output_bits;
-    result.image.samples.assign(output.begin(), output.end());
+    const auto start = std::chrono::steady_clock::now();
+    if (plan.output_bits == 8) {
+        std::vector<std::uint8_t> output(input.samples.size());
+        transform_in_slices(processor, plan, input, output.data(), settings);
+        result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        result.image.samples.assign(output.begin(), output.end());
+    } else {
+        result.image.samples.resize(input.samples.size());
+        transform_in_slices(processor, plan, input, result.image.samples.data(), settings);
+        result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    }
+    result.transforms = settings.repeat;
 }
 
 } // namespace
@@ -169,24 +186,31 @@ const char* library_code_name(int code)
     }
 }
 
-Correction_result run_correction(const Correction_plan& plan, const Image& input,
-                                 const Vector_choice& vector, int repeat)
+Library_session::Library_session()
 {
-    Library_module module;
-    if (module.result() != NQ_COLOR_NO_ERROR) {
+    const int result = nq_color_processing_module_initialize();
+    if (result != NQ_COLOR_NO_ERROR) {
+        nq_color_processing_module_terminate(); // the library counts failed initialisations too
         throw Tool_error(std::string("the colour library could not be initialised: it could "
                                      "not bind libcorvane_xvr_LUT.so (code ") +
-                         std::to_string(module.result()) + ")");
+                         std::to_string(result) + ")");
     }
-    Processor processor(plan, vector);
+}
+
+Library_session::~Library_session()
+{
+    nq_color_processing_module_terminate();
+}
+
+Correction_result run_correction(const Correction_plan& plan, const Image& input,
+                                 const Run_settings& settings)
+{
+    Library_session session;
+    Processor processor(plan, settings.vector);
     configure(processor.handle(), plan);
     Correction_result result;
-    result.vector_level = report_vector_level(vector);
-    if (plan.output_bits == 8) {
-        transform_repeatedly<uint8_t>(processor.handle(), plan, input, repeat, result);
-    } else {
-        transform_repeatedly<uint16_t>(processor.handle(), plan, input, repeat, result);
-    }
+    result.vector_level = report_vector_level(settings.vector);
+    transform_image(processor.handle(), plan, input, settings, result);
     return result;
 }
 

@@ -1,7 +1,9 @@
 #include "netpbm_codec.hpp"
 
+#include "numbers.hpp"
 #include "tool_error.hpp"
 
+#include <algorithm>
 #include <cctype>
 
 namespace xvr_color {
@@ -101,22 +103,23 @@ std::string printable(const std::string& token)
     return token.size() > 24 ? text + "..." : text;
 }
 
+// Header numbers are bounded by the image size check that follows, so a ten-digit width is
+// "too large", not "not a number"; only digits beyond 64 bits end here as too large.
 std::uint64_t parse_header_number(const std::string& token, const char* field,
                                   const std::string& name)
 {
-    const std::string not_a_number =
-        name + " is malformed: " + field + " '" + printable(token) + "' is not a number";
-    if (token.empty() || token.size() > 9) {
-        throw Tool_error(not_a_number);
-    }
     std::uint64_t value = 0;
-    for (char c : token) {
-        if (c < '0' || c > '9') {
-            throw Tool_error(not_a_number);
-        }
-        value = value * 10 + static_cast<std::uint64_t>(c - '0');
+    switch (parse_unsigned(token, value)) {
+    case Number_parse::ok:
+        return value;
+    case Number_parse::out_of_range:
+        throw Tool_error(name + " is too large: its " + field + " " + printable(token) +
+                         " is beyond any supported size");
+    case Number_parse::not_a_number:
+        break;
     }
-    return value;
+    throw Tool_error(name + " is malformed: " + field + " '" + printable(token) +
+                     "' is not a number");
 }
 
 void check_maxval(std::uint64_t maxval, const std::string& name)
@@ -227,38 +230,75 @@ std::uint16_t rescale_to_16_bits(std::uint32_t value, std::uint32_t maxval)
     return static_cast<std::uint16_t>((std::uint64_t(value) * 65535u + maxval / 2) / maxval);
 }
 
+std::uint64_t raster_bytes(const Raster_layout& layout)
+{
+    const std::uint64_t bytes_per_sample = layout.maxval < 256 ? 1 : 2;
+    return layout.width * layout.height * 3 * bytes_per_sample;
+}
+
+// The header, checked as far as it can be before any pixel data is read.
+struct Parsed_header {
+    Raster_layout layout;
+    std::size_t raster_offset = 0;
+};
+
+Parsed_header parse_header(const std::vector<std::uint8_t>& bytes, const std::string& name)
+{
+    if (!looks_like_netpbm(bytes)) {
+        throw Tool_error(name + " is not a PPM or PAM file");
+    }
+    const char kind = static_cast<char>(bytes[1]);
+    if (kind != '6' && kind != '7') {
+        throw Tool_error(reject_other_netpbm(kind, name));
+    }
+    Header_reader reader(bytes, name);
+    Parsed_header header;
+    header.layout = kind == '6' ? read_ppm_header(reader, name) : read_pam_header(reader, name);
+    header.raster_offset = reader.position();
+    check_maxval(header.layout.maxval, name);
+    check_image_size(header.layout.width, header.layout.height, name);
+    return header;
+}
+
 Image read_raster(const std::vector<std::uint8_t>& bytes, std::size_t offset,
                   const Raster_layout& layout, const std::string& name)
 {
-    check_maxval(layout.maxval, name);
-    check_image_size(layout.width, layout.height, name);
     const std::uint64_t bytes_per_sample = layout.maxval < 256 ? 1 : 2;
     const std::uint64_t sample_count = layout.width * layout.height * 3;
-    const std::uint64_t needed = sample_count * bytes_per_sample;
+    const std::uint64_t needed = raster_bytes(layout);
     const std::uint64_t available = bytes.size() - offset;
     if (available < needed) {
         throw Tool_error(name + " is truncated: it holds " + std::to_string(available) + " of " +
                          std::to_string(needed) + " bytes of pixel data");
     }
     const std::uint32_t maxval = static_cast<std::uint32_t>(layout.maxval);
-    const bool keep_as_is = maxval == 255 || maxval == 65535;
     Image image;
     image.width = static_cast<std::uint32_t>(layout.width);
     image.height = static_cast<std::uint32_t>(layout.height);
     image.sample_bits = maxval == 255 ? 8 : 16;
     image.samples.resize(static_cast<std::size_t>(sample_count));
     const std::uint8_t* raster = bytes.data() + offset;
-    for (std::size_t i = 0; i < image.samples.size(); ++i) {
-        std::uint32_t value = bytes_per_sample == 1
-                                  ? raster[i]
-                                  : (std::uint32_t(raster[2 * i]) << 8) | raster[2 * i + 1];
-        if (value > maxval) {
+    std::uint16_t* samples = image.samples.data();
+    const std::size_t count = image.samples.size();
+    if (bytes_per_sample == 1) {
+        for (std::size_t i = 0; i < count; ++i) {
+            samples[i] = raster[i];
+        }
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
+            samples[i] = static_cast<std::uint16_t>((raster[2 * i] << 8) | raster[2 * i + 1]);
+        }
+    }
+    if (maxval == 255 || maxval == 65535) {
+        return image; // every value fits its maxval
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        if (samples[i] > maxval) {
             throw Tool_error(name + " is malformed: sample " + std::to_string(i) + " is " +
-                             std::to_string(value) + ", above its maxval " +
+                             std::to_string(samples[i]) + ", above its maxval " +
                              std::to_string(maxval));
         }
-        image.samples[i] = keep_as_is ? static_cast<std::uint16_t>(value)
-                                      : rescale_to_16_bits(value, maxval);
+        samples[i] = rescale_to_16_bits(samples[i], maxval);
     }
     return image;
 }
@@ -266,13 +306,20 @@ Image read_raster(const std::vector<std::uint8_t>& bytes, std::size_t offset,
 std::vector<std::uint8_t> encode_raster(const Image& image, const std::string& header)
 {
     const std::size_t bytes_per_sample = image.sample_bits == 8 ? 1 : 2;
-    std::vector<std::uint8_t> bytes(header.begin(), header.end());
-    bytes.reserve(header.size() + image.samples.size() * bytes_per_sample);
-    for (std::uint16_t sample : image.samples) {
-        if (bytes_per_sample == 2) {
-            bytes.push_back(static_cast<std::uint8_t>(sample >> 8));
+    std::vector<std::uint8_t> bytes(header.size() + image.samples.size() * bytes_per_sample);
+    std::copy(header.begin(), header.end(), bytes.begin());
+    std::uint8_t* raster = bytes.data() + header.size();
+    const std::uint16_t* samples = image.samples.data();
+    const std::size_t count = image.samples.size();
+    if (bytes_per_sample == 1) {
+        for (std::size_t i = 0; i < count; ++i) {
+            raster[i] = static_cast<std::uint8_t>(samples[i]);
         }
-        bytes.push_back(static_cast<std::uint8_t>(sample & 0xff));
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
+            raster[2 * i] = static_cast<std::uint8_t>(samples[i] >> 8);
+            raster[2 * i + 1] = static_cast<std::uint8_t>(samples[i]);
+        }
     }
     return bytes;
 }
@@ -289,22 +336,37 @@ bool looks_like_netpbm(const std::vector<std::uint8_t>& bytes)
     return bytes.size() >= 2 && bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '7';
 }
 
+std::uint64_t netpbm_file_size(const std::vector<std::uint8_t>& prefix, const std::string& name)
+{
+    const Parsed_header header = parse_header(prefix, name);
+    return header.raster_offset + raster_bytes(header.layout);
+}
+
+std::optional<Image> start_16_bit_netpbm(const std::vector<std::uint8_t>& prefix, const std::string& name)
+{
+    const Parsed_header header = parse_header(prefix, name);
+    if (header.layout.maxval != 65535) {
+        return std::nullopt;
+    }
+    Image image;
+    image.width = static_cast<std::uint32_t>(header.layout.width);
+    image.height = static_cast<std::uint32_t>(header.layout.height);
+    image.sample_bits = 16;
+    image.samples.resize(image.pixel_count() * 3);
+    return image;
+}
+
+void finish_16_bit_netpbm(Image& image)
+{
+    for (std::uint16_t& sample : image.samples) {
+        sample = static_cast<std::uint16_t>((sample >> 8) | (sample << 8)); // big-endian in the file
+    }
+}
+
 Image decode_netpbm(const std::vector<std::uint8_t>& bytes, const std::string& name)
 {
-    if (!looks_like_netpbm(bytes)) {
-        throw Tool_error(name + " is not a PPM or PAM file");
-    }
-    const char kind = static_cast<char>(bytes[1]);
-    Header_reader reader(bytes, name);
-    if (kind == '6') {
-        Raster_layout layout = read_ppm_header(reader, name);
-        return read_raster(bytes, reader.position(), layout, name);
-    }
-    if (kind == '7') {
-        Raster_layout layout = read_pam_header(reader, name);
-        return read_raster(bytes, reader.position(), layout, name);
-    }
-    throw Tool_error(reject_other_netpbm(kind, name));
+    const Parsed_header header = parse_header(bytes, name);
+    return read_raster(bytes, header.raster_offset, header.layout, name);
 }
 
 std::vector<std::uint8_t> encode_ppm(const Image& image)

@@ -17,12 +17,17 @@ void require_png_support();
 // True when the bytes begin with the PNG signature.
 bool looks_like_png(const std::vector<std::uint8_t>& bytes);
 
-// Decodes an RGB PNG of 8 or 16 bits per sample; `name` is used in error messages. Throws
-// Tool_error for a damaged or truncated file, a bit depth other than 8 and 16 and a colour type
-// other than RGB (grey, grey with alpha, RGBA and palette images are refused).
+// "lodepng with zlib 1.2.13" or "built without PNG support".
+std::string png_support_description();
+
+// Decodes an RGB PNG of 8 or 16 bits per sample, with its ICC profile (iCCP); `name` is used in
+// error messages. Throws Tool_error for a damaged or truncated file, a bit depth other than 8
+// and 16 and a colour type other than RGB (grey, grey with alpha, RGBA and palette images are
+// refused), and std::bad_alloc when the decoder runs out of memory.
 Image decode_png(const std::vector<std::uint8_t>& bytes, const std::string& name);
 
-// Encodes an RGB PNG with the image's sample depth (8 or 16 bits).
-std::vector<std::uint8_t> encode_png(const Image& image);
+// Encodes an RGB PNG with the image's sample depth (8 or 16 bits) and ICC profile, compressing
+// on up to `threads` threads.
+std::vector<std::uint8_t> encode_png(const Image& image, unsigned threads = 1);
 
 } // namespace xvr_color

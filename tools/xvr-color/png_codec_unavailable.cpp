@@ -27,7 +27,12 @@ Image decode_png(const std::vector<std::uint8_t>&, const std::string& name)
     report_missing_png_support("cannot read " + name);
 }
 
-std::vector<std::uint8_t> encode_png(const Image&)
+std::string png_support_description()
+{
+    return "built without PNG support";
+}
+
+std::vector<std::uint8_t> encode_png(const Image&, unsigned)
 {
     report_missing_png_support("cannot write PNG");
 }
