@@ -4,6 +4,7 @@
 #include "netpbm_codec.hpp"
 #include "png_codec.hpp"
 #include "test_support.hpp"
+#include "tiff_codec.hpp"
 
 #include <sys/stat.h>
 
@@ -26,6 +27,12 @@ TEST(Codecs, EveryFormatGivesEverySampleBackAtItsDepth)
         {"pam", [](const Image& i) { return decode_netpbm(encode_pam(i), "f"); }}};
 #if XVR_COLOR_HAS_PNG
     codecs.push_back({"png", [](const Image& i) { return decode_png(encode_png(i), "f"); }});
+    codecs.push_back({"png on 3 threads", [](const Image& i) { return decode_png(encode_png(i, 3), "f"); }});
+#endif
+#if XVR_COLOR_HAS_TIFF
+    codecs.push_back({"tiff", [](const Image& i) { return decode_tiff(encode_tiff(i, Tiff_compression::none), "f"); }});
+    codecs.push_back({"tiff deflate", [](const Image& i) { return decode_tiff(encode_tiff(i, Tiff_compression::deflate), "f"); }});
+    codecs.push_back({"tiff lzw", [](const Image& i) { return decode_tiff(encode_tiff(i, Tiff_compression::lzw), "f"); }});
 #endif
     for (const auto& [name, round_trip] : codecs) {
         for (const Image& image : images) {
@@ -91,6 +98,10 @@ TEST(Codecs, NetpbmFilesThatCannotBeReadSayWhy)
         // 100000 x 100000 x 6 bytes would overflow a 32-bit size: refused before any allocation.
         {bytes_of("P6\n100000 100000\n65535\n", {0}),
          "f.ppm is too large (100000 x 100000); at most 134217728 pixels are supported"},
+        // Ten digits are a size, too large; not "not a number".
+        {bytes_of("P6\n1234567890 1\n255\n"), "f.ppm is too large (1234567890 x 1); at most 134217728 pixels are supported"},
+        {bytes_of("P6\n1 123456789012345678901234\n255\n"),
+         "f.ppm is too large: its height 123456789012345678901234 is beyond any supported size"},
     };
     for (const auto& [bytes, message] : cases) {
         EXPECT_EQ(error_of([&] { decode_netpbm(bytes, "f.ppm"); }), message);
@@ -153,6 +164,23 @@ TEST(Codecs, PngFilesThatCannotBeReadSayWhy)
     EXPECT_NE(png_error(damaged), "no error");
 }
 
+TEST(Codecs, ProfilesSurviveEveryFormatThatHoldsThem)
+{
+    Image image = image_of(1, 1, 16, {1, 2, 3});
+    image.icc_profile.assign(300, 0);
+    std::copy_n("acsp", 4, image.icc_profile.begin() + 36);
+    std::copy_n("RGB ", 4, image.icc_profile.begin() + 16); // lodepng checks the colour space
+    image.icc_profile[299] = 0x5a;
+    image.icc_profile_name = "Display P3";
+    const Image from_png = decode_png(encode_png(image), "f");
+    EXPECT_EQ(from_png.icc_profile, image.icc_profile);
+    EXPECT_EQ(from_png.icc_profile_name, "Display P3");
+#if XVR_COLOR_HAS_TIFF
+    EXPECT_EQ(decode_tiff(encode_tiff(image, Tiff_compression::deflate), "f").icc_profile, image.icc_profile);
+#endif
+    EXPECT_TRUE(decode_png(encode_png(image_of(1, 1, 8, {1, 2, 3})), "f").icc_profile.empty());
+}
+
 #else
 
 TEST(Codecs, ABuildWithoutLodepngSaysHowToGetIt)
@@ -179,7 +207,7 @@ TEST(Codecs, FilesAreReadByContentAndWrittenByExtension)
     EXPECT_THROW(read_image_file(folder.file("empty.ppm")), Tool_error);
     write_file_atomically(folder.file("text.ppm"), {'h', 'i'});
     EXPECT_EQ(error_of([&] { read_image_file(folder.file("text.ppm")); }),
-              folder.file("text.ppm") + " is not a PNG, PPM or PAM file");
+              folder.file("text.ppm") + " is not a PNG, TIFF, PPM or PAM file");
 }
 
 TEST(Codecs, WritesReplaceWholeFilesOrLeaveThemAsTheyWere)
@@ -201,3 +229,20 @@ TEST(Codecs, WritesReplaceWholeFilesOrLeaveThemAsTheyWere)
               "cannot write " + folder.file("missing/out.bin") + ": No such file or directory");
     EXPECT_EQ(folder.entries(), (std::vector<std::string>{"busy", "out.bin"})) << "no temporary file is left";
 }
+
+#if XVR_COLOR_HAS_TIFF
+TEST(Codecs, TiffFilesThatCannotBeReadSayWhy)
+{
+    const Image image = image_of(2, 1, 16, {1, 2, 3, 4, 5, 6});
+    const std::vector<std::uint8_t> bytes = encode_tiff(image, Tiff_compression::none);
+    EXPECT_TRUE(looks_like_tiff(bytes));
+    const std::string cut = error_of([&] { decode_tiff({bytes.begin(), bytes.begin() + 20}, "f.tif"); });
+    EXPECT_EQ(cut.rfind("f.tif is ", 0), 0u) << cut;
+    EXPECT_EQ(error_of([&] { decode_tiff(bytes_of("II*\0\x08\0\0\0"), "f.tif"); }).rfind("f.tif is not a readable TIFF file", 0), 0u);
+}
+#else
+TEST(Codecs, ABuildWithoutLibtiffSaysHowToGetIt)
+{
+    EXPECT_NE(error_of(require_tiff_support).find("scripts/setup-debian.sh"), std::string::npos);
+}
+#endif

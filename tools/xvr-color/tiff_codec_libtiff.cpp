@@ -8,6 +8,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -27,9 +28,10 @@ extern "C" void keep_libtiff_error(const char*, const char* format, va_list argu
     char text[512];
     std::vsnprintf(text, sizeof text, format, arguments);
     last_libtiff_error = text;
-    const std::string lower = last_libtiff_error;
-    if (lower.find("emory") != std::string::npos || lower.find("No space") != std::string::npos) {
-        libtiff_ran_out_of_memory = true;
+    for (const char* sign : {"Out of memory", "out of memory", "No space for", "allocate"}) {
+        if (last_libtiff_error.find(sign) != std::string::npos) {
+            libtiff_ran_out_of_memory = true;
+        }
     }
 }
 
@@ -291,9 +293,9 @@ Image decode_open_tiff(TIFF* tiff, const std::string& name)
     return image;
 }
 
-TIFF* open_memory(const char* mode, Memory_file& file)
+TIFF* open_memory(const std::string& name, const char* mode, Memory_file& file)
 {
-    return TIFFClientOpen("memory", mode, &file, memory_read, memory_write, memory_seek,
+    return TIFFClientOpen(name.c_str(), mode, &file, memory_read, memory_write, memory_seek,
                           memory_close, memory_size, memory_map, memory_unmap);
 }
 
@@ -330,7 +332,7 @@ Image decode_tiff(const std::vector<std::uint8_t>& bytes, const std::string& nam
     Memory_file file;
     file.data = bytes.data();
     file.size = bytes.size();
-    Tiff_handle tiff(open_memory("rm", file));
+    Tiff_handle tiff(open_memory(name, "rm", file));
     return decode_open_tiff(tiff.get(), name);
 }
 
@@ -357,7 +359,7 @@ std::vector<std::uint8_t> encode_tiff(const Image& image, Tiff_compression compr
                       : image.samples.size());
     Memory_file file;
     file.written = &bytes;
-    Tiff_handle tiff(open_memory("w", file));
+    Tiff_handle tiff(open_memory("output", "w", file));
     if (!tiff) {
         fail_with_libtiff_reason("TIFF encoding failed");
     }
