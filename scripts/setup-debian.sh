@@ -4,7 +4,7 @@
 # and the script goes on with whatever it can install.
 set -u
 
-packages=(g++-multilib ccache cmake ninja-build pkg-config binutils googletest valgrind)
+packages=(g++-multilib ccache cmake ninja-build pkg-config binutils googletest valgrind patchelf)
 # The command-line tool reads and writes PNG through lodepng; its 32-bit library comes from the
 # i386 architecture, which has to be enabled first.
 i386_packages=(liblodepng-dev:i386 libc6-dbg:i386)
