@@ -8,10 +8,11 @@ namespace xvr_color {
 
 namespace {
 
-std::string format_number(const char* format, double value)
+// The value with `decimals` digits after the point.
+std::string format_number(int decimals, double value)
 {
     char text[64];
-    std::snprintf(text, sizeof text, format, value);
+    std::snprintf(text, sizeof text, "%.*f", decimals, value);
     return text;
 }
 
@@ -86,13 +87,13 @@ std::string describe_throughput(std::size_t pixels, int transforms, double secon
 {
     std::string text = std::to_string(transforms) + (transforms == 1 ? " transform" : " transforms") +
                        " of " + std::to_string(pixels) + " pixels in " +
-                       format_number("%.3f", seconds * 1000.0) + " ms on " + std::to_string(threads) +
+                       format_number(3, seconds * 1000.0) + " ms on " + std::to_string(threads) +
                        (threads == 1 ? " thread" : " threads");
     if (seconds <= 0.0) {
         return text + ": too fast to measure";
     }
     const double megapixels = static_cast<double>(pixels) * transforms / 1e6;
-    return text + ": " + format_number("%.1f", megapixels / seconds) + " megapixels per second";
+    return text + ": " + format_number(1, megapixels / seconds) + " megapixels per second";
 }
 
 std::string describe_output(const std::string& output_name, const Image& image, Image_file_format format)
