@@ -481,7 +481,6 @@ TEST_F(XvrColor, ABatchWritesEveryGoodFileAndFailsAtTheEnd)
     write_image_file(file("a.ppm"), gradient(8, 8, 16));
     write_text(file("b.ppm"), "P6\n4 4\n255\nshort");
     write_image_file(file("c.pam"), gradient(5, 3, 8));
-    std::filesystem::create_directories(file("out"));
     const Program_run result = run({"a.ppm", "b.ppm", "c.pam", "--output-dir", "out", "--name", "{name}-fixed.{ext}",
                                     "--matrix", "0,0,1,0,1,0,1,0,0"});
     EXPECT_EQ(result.exit_status, 1);
@@ -593,4 +592,19 @@ TEST_F(XvrColor, VersionAndManualPageTellTheSameAsHelp)
     for (const char* option : {"\\-\\-output\\-dir", "\\-\\-keep\\-profile", "\\-\\-threads", "\\-\\-in\\-place"}) {
         EXPECT_NE(text.find(option), std::string::npos) << option;
     }
+}
+
+TEST_F(XvrColor, ABatchOnATerminalShowsAProgressLine)
+{
+    if (access("/usr/bin/script", X_OK) != 0) {
+        GTEST_SKIP() << "needs script(1) for a terminal";
+    }
+    write_image_file(file("a.ppm"), gradient(8, 8, 16));
+    write_image_file(file("b.ppm"), gradient(8, 8, 16));
+    const std::string command = std::string(XVR_COLOR_PROGRAM) + " a.ppm b.ppm --output-dir out";
+    const Program_run on_terminal = run_program("/usr/bin/script", {"-qec", command, "/dev/null"}, path);
+    EXPECT_EQ(on_terminal.exit_status, 0) << on_terminal.out;
+    EXPECT_NE(on_terminal.out.find("\r\033[Kxvr-color: [2/2] "), std::string::npos) << on_terminal.out;
+    const Program_run quiet = run_program("/usr/bin/script", {"-qec", command + " -q", "/dev/null"}, path);
+    EXPECT_EQ(quiet.out, "");
 }

@@ -14,7 +14,10 @@
 #include "vector_level_report.hpp"
 #include "version_text.hpp"
 
+#include <cerrno>
+#include <cstring>
 #include <iostream>
+#include <sys/stat.h>
 #include <new>
 
 namespace {
@@ -50,6 +53,14 @@ Correction_job single_job(const Options& options)
         require_support_for(*job.output_format);
     }
     return job;
+}
+
+// The folder of a batch is made when missing (its parent must exist).
+void create_output_folder(const std::string& folder)
+{
+    if (mkdir(folder.c_str(), 0777) != 0 && errno != EEXIST) {
+        throw Tool_error("cannot create the output folder " + folder + ": " + std::strerror(errno));
+    }
 }
 
 void check_profile_fits(const Options& options, const std::vector<Correction_job>& jobs)
@@ -88,6 +99,9 @@ int run(const std::vector<std::string>& arguments)
         output_profile = read_icc_profile(options.output_profile_path);
     }
 
+    if (options.batch()) {
+        create_output_folder(options.output_dir);
+    }
     require_lut_library();
     Console console(options.quiet, true);
     const std::string logger_note = note_on_logger_library();
