@@ -232,18 +232,19 @@ std::uint16_t rescale_to_16_bits(std::uint32_t value, std::uint32_t maxval)
 }
 
 // Two samples at a time in a 32-bit word: twice as fast as one by one on the i686 baseline,
-// which has no vector instructions to do it with.
-void swap_sample_bytes(std::uint16_t* samples, std::size_t count)
+// which has no vector instructions to do it with. `data` need not be aligned.
+void swap_sample_bytes(void* data, std::size_t count)
 {
+    auto* bytes = static_cast<std::uint8_t*>(data);
     std::size_t i = 0;
     for (; i + 2 <= count; i += 2) {
         std::uint32_t pair;
-        std::memcpy(&pair, samples + i, sizeof pair);
+        std::memcpy(&pair, bytes + 2 * i, sizeof pair);
         pair = ((pair & 0x00ff00ffu) << 8) | ((pair >> 8) & 0x00ff00ffu);
-        std::memcpy(samples + i, &pair, sizeof pair);
+        std::memcpy(bytes + 2 * i, &pair, sizeof pair);
     }
-    for (; i < count; ++i) {
-        samples[i] = static_cast<std::uint16_t>((samples[i] >> 8) | (samples[i] << 8));
+    if (i < count) {
+        std::swap(bytes[2 * i], bytes[2 * i + 1]);
     }
 }
 
@@ -322,20 +323,19 @@ Image read_raster(const std::vector<std::uint8_t>& bytes, std::size_t offset,
 
 std::vector<std::uint8_t> encode_raster(const Image& image, const std::string& header)
 {
-    const std::size_t bytes_per_sample = image.sample_bits == 8 ? 1 : 2;
-    std::vector<std::uint8_t> bytes(header.size() + image.samples.size() * bytes_per_sample);
-    std::copy(header.begin(), header.end(), bytes.begin());
-    std::uint8_t* raster = bytes.data() + header.size();
-    const std::uint16_t* samples = image.samples.data();
     const std::size_t count = image.samples.size();
-    if (bytes_per_sample == 1) {
-        for (std::size_t i = 0; i < count; ++i) {
-            raster[i] = static_cast<std::uint8_t>(samples[i]);
-        }
-    } else {
-        std::memcpy(raster, samples, count * 2);
-        swap_sample_bytes(reinterpret_cast<std::uint16_t*>(raster), count);
+    const std::uint16_t* samples = image.samples.data();
+    std::vector<std::uint8_t> bytes;
+    bytes.reserve(header.size() + count * (image.sample_bits == 8 ? 1 : 2));
+    bytes.assign(header.begin(), header.end());
+    if (image.sample_bits == 8) {
+        bytes.insert(bytes.end(), samples, samples + count); // narrowed one by one
+        return bytes;
     }
+    // Copied whole (no zero-filling pass first), then put in the file's big-endian order.
+    const auto* raw = reinterpret_cast<const std::uint8_t*>(samples);
+    bytes.insert(bytes.end(), raw, raw + count * 2);
+    swap_sample_bytes(bytes.data() + header.size(), count);
     return bytes;
 }
 
