@@ -568,11 +568,12 @@ TEST_F(XvrColor, HostileInputAndInterruptionsLeaveNothingBehind)
 #if XVR_COLOR_HAS_PNG
 TEST_F(XvrColor, ADecoderOutOfMemoryIsReportedAsMemory)
 {
-    // 100 megapixels of zeros: a small file whose pixels need far more than the limit below.
-    write_file_atomically(file("vast.png"), encode_png(make_blank_image(10000, 5000, 16)));
+    // 12 megapixels of zeros: a small file whose decoding needs more than the limit below
+    // leaves beside the program itself (about 70 MiB of libraries).
+    write_file_atomically(file("vast.png"), encode_png(make_blank_image(4000, 3000, 16), 2));
     Child_setup little_memory;
     little_memory.limited_resource = RLIMIT_AS;
-    little_memory.limit = 400u << 20;
+    little_memory.limit = 160u << 20;
     const Program_run result = run({"vast.png", "-o", "x.ppm", "--threads", "1"}, little_memory);
     EXPECT_EQ(result.exit_status, 1);
     EXPECT_NE(result.err.find("not enough memory"), std::string::npos) << result.err;
