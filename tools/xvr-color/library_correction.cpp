@@ -205,7 +205,6 @@ Library_session::~Library_session()
 Correction_result run_correction(const Correction_plan& plan, const Image& input,
                                  const Run_settings& settings)
 {
-    Library_session session;
     Processor processor(plan, settings.vector);
     configure(processor.handle(), plan);
     Correction_result result;

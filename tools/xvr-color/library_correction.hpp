@@ -28,14 +28,16 @@ struct Run_settings {
     std::function<void(double done)> progress; // fraction of the work done, from any thread
 };
 
-// `input` holds 16-bit samples. Throws Tool_error when the library refuses a call, naming the
-// call and its code.
+// `input` holds 16-bit samples; a Library_session must be alive. Several threads may run
+// corrections at once, each with its own processor. Throws Tool_error when the library refuses
+// a call, naming the call and its code.
 Correction_result run_correction(const Correction_plan& plan, const Image& input,
                                  const Run_settings& settings);
 
-// Keeps the module initialised from construction to destruction, so that a run over many
-// files initialises the library and opens its logger once; throws Tool_error when the table
-// library cannot be bound.
+// Keeps the module initialised from construction to destruction; throws Tool_error when the
+// table library cannot be bound. One per run, made before any thread starts: every module
+// termination also releases the library's binding of its table library, so a nested session
+// ending on one thread would pull the tables' functions away from another.
 class Library_session {
 public:
     Library_session();
