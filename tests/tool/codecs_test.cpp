@@ -6,6 +6,7 @@
 #include "test_support.hpp"
 #include "tiff_codec.hpp"
 
+#include <cstring>
 #include <sys/stat.h>
 
 #if XVR_COLOR_HAS_PNG
@@ -231,6 +232,79 @@ TEST(Codecs, WritesReplaceWholeFilesOrLeaveThemAsTheyWere)
 }
 
 #if XVR_COLOR_HAS_TIFF
+#include <tiffio.h>
+
+namespace {
+
+// A TIFF written with libtiff directly: planar or contiguous, in tiles of 16 x 16 or strips of
+// 3 rows, so that every block shape the reader handles has edge blocks the image does not fill.
+std::vector<std::uint8_t> tiff_of(const Image& image, bool planar, bool tiled, const std::string& path)
+{
+    TIFF* tiff = TIFFOpen(path.c_str(), "w");
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, image.width);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, image.height);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 3);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, image.sample_bits);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, planar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_PACKBITS);
+    const std::uint32_t block = tiled ? 16 : 3;
+    TIFFSetField(tiff, tiled ? TIFFTAG_TILEWIDTH : TIFFTAG_ROWSPERSTRIP, block);
+    if (tiled) {
+        TIFFSetField(tiff, TIFFTAG_TILELENGTH, block);
+    }
+    const std::uint32_t block_width = tiled ? block : image.width;
+    const int bytes = image.sample_bits / 8;
+    for (int plane = 0; plane < (planar ? 3 : 1); ++plane) {
+        for (std::uint32_t y0 = 0; y0 < image.height; y0 += block) {
+            for (std::uint32_t x0 = 0; x0 < image.width; x0 += block_width) {
+                std::vector<std::uint8_t> data(std::size_t(block) * block_width * (planar ? 1 : 3) * bytes);
+                std::size_t at = 0;
+                for (std::uint32_t y = y0; y < y0 + block; ++y) {
+                    for (std::uint32_t x = x0; x < x0 + block_width; ++x) {
+                        for (int c = planar ? plane : 0; c < (planar ? plane + 1 : 3); ++c, at += bytes) {
+                            const std::uint16_t v = y < image.height && x < image.width
+                                                        ? image.samples[(std::size_t(y) * image.width + x) * 3 + c] : 0;
+                            std::memcpy(&data[at], &v, bytes); // host order, little-endian
+                        }
+                    }
+                }
+                const tsample_t sample = static_cast<tsample_t>(plane);
+                if (tiled) {
+                    TIFFWriteTile(tiff, data.data(), x0, y0, 0, sample);
+                } else {
+                    TIFFWriteEncodedStrip(tiff, TIFFComputeStrip(tiff, y0, sample), data.data(),
+                                          static_cast<tmsize_t>(std::size_t(std::min(block, image.height - y0)) *
+                                                                image.width * (planar ? 1 : 3) * bytes));
+                }
+            }
+        }
+    }
+    TIFFClose(tiff);
+    return read_file(path);
+}
+
+} // namespace
+
+TEST(Codecs, TiffPlanesTilesAndStripsAreAllRead)
+{
+    Scratch_folder folder;
+    for (const int bits : {8, 16}) {
+        Image image = make_blank_image(37, 19, bits);
+        for (std::size_t i = 0; i < image.samples.size(); ++i) {
+            image.samples[i] = static_cast<std::uint16_t>((i * 2654435761u) >> (bits == 8 ? 24 : 16));
+        }
+        for (const bool planar : {false, true}) {
+            for (const bool tiled : {false, true}) {
+                const std::vector<std::uint8_t> bytes = tiff_of(image, planar, tiled, folder.file("t.tif"));
+                const Image read = decode_tiff(bytes, "t.tif");
+                EXPECT_EQ(read.samples, image.samples) << bits << planar << tiled;
+                EXPECT_EQ(read.sample_bits, bits);
+            }
+        }
+    }
+}
+
 TEST(Codecs, TiffFilesThatCannotBeReadSayWhy)
 {
     const Image image = image_of(2, 1, 16, {1, 2, 3, 4, 5, 6});

@@ -610,4 +610,8 @@ TEST_F(XvrColor, ABatchOnATerminalShowsAProgressLine)
     EXPECT_NE(on_terminal.out.find("/2] "), std::string::npos) << on_terminal.out;
     const Program_run quiet = run_program("/usr/bin/script", {"-qec", command + " -q", "/dev/null"}, path);
     EXPECT_EQ(quiet.out, "");
+    const Program_run image_to_terminal =
+        run_program("/usr/bin/script", {"-qec", std::string(XVR_COLOR_PROGRAM) + " a.ppm -o -", "/dev/null"}, path);
+    EXPECT_EQ(image_to_terminal.exit_status, 2);
+    EXPECT_NE(image_to_terminal.out.find("standard output is a terminal"), std::string::npos) << image_to_terminal.out;
 }

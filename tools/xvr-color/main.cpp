@@ -18,6 +18,7 @@
 #include <cstring>
 #include <iostream>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <new>
 
 namespace {
@@ -51,6 +52,10 @@ Correction_job single_job(const Options& options)
     }
     if (job.output_format) {
         require_support_for(*job.output_format);
+    }
+    if (job.output == standard_stream_name && isatty(STDOUT_FILENO) == 1) {
+        throw Usage_error("standard output is a terminal, which cannot show an image; "
+                          "redirect it to a file or a pipe, or give --output FILE");
     }
     return job;
 }
