@@ -98,8 +98,8 @@ Job_result run_correction_job(const Correction_job& job, const Job_environment& 
             console.progress("correcting " + input_name + ": " + std::to_string(int(done * 100)) + "%");
         };
     }
-    Correction_result result = run_correction(plan, image, settings);
-    image.samples = {}; // the input's memory goes before the encoder needs its own
+    const std::size_t pixels = image.pixel_count();
+    Correction_result result = run_correction(plan, std::move(image), settings);
 
     result.image.icc_profile = profile.bytes;
     result.image.icc_profile_name = profile.name;
@@ -109,25 +109,26 @@ Job_result run_correction_job(const Correction_job& job, const Job_environment& 
     Encoding_settings encoding;
     encoding.tiff_compression = options.tiff_compression;
     encoding.threads = environment.threads;
-    output.commit(encode_image(result.image, format, encoding));
+    const std::string written = describe_output(output_display_name(job.output), result.image, format);
+    const std::size_t output_pixels = result.image.pixel_count();
+    write_image(output, std::move(result.image), format, encoding);
     console.end_progress();
 
     if (!profile.note.empty()) {
         console.note(profile.note);
     }
-    const std::string written = describe_output(output_display_name(job.output), result.image, format);
     if (environment.full_summary) {
         console.summary(input_summary);
         console.summary(describe_correction(plan));
         console.summary(result.vector_level.description());
-        console.summary(describe_throughput(image.pixel_count(), result.transforms, result.seconds,
+        console.summary(describe_throughput(pixels, result.transforms, result.seconds,
                                             environment.threads));
         console.summary(written);
     } else {
         console.summary(written + " (from " + input_name + ")");
     }
     Job_result outcome;
-    outcome.pixels = result.image.pixel_count();
+    outcome.pixels = output_pixels;
     outcome.transform_seconds = result.seconds;
     outcome.vector_level = result.vector_level;
     return outcome;

@@ -194,6 +194,23 @@ std::vector<std::uint8_t> encode_image(const Image& image, Image_file_format for
     return encode_pam(image);
 }
 
+void write_image(Output_file& output, Image&& image, Image_file_format format, const Encoding_settings& settings)
+{
+    const bool netpbm = format == Image_file_format::ppm || format == Image_file_format::pam;
+    if (netpbm && image.sample_bits == 16) {
+        const std::string header = format == Image_file_format::ppm ? ppm_header(image) : pam_header(image);
+        samples_to_big_endian(image);
+        output.commit({{header.data(), header.size()}, {image.samples.data(), image.samples.size() * 2}});
+        return;
+    }
+    if (format == Image_file_format::tiff && output.descriptor() >= 0) {
+        write_tiff_file(image, settings.tiff_compression, output.descriptor());
+        output.commit_written();
+        return;
+    }
+    output.commit(encode_image(image, format, settings));
+}
+
 void write_image_file(const std::string& path, const Image& image)
 {
     write_file_atomically(path, encode_image(image, output_format_for(path), Encoding_settings{}));

@@ -4,6 +4,7 @@
 
 #include "image.hpp"
 #include "input_source.hpp"
+#include "output_file.hpp"
 #include "tiff_codec.hpp"
 
 #include <optional>
@@ -44,6 +45,10 @@ Image read_image_file(const std::string& path);
 
 std::vector<std::uint8_t> encode_image(const Image& image, Image_file_format format,
                                        const Encoding_settings& settings);
+
+// Encodes and writes the image, reusing its memory where the format allows (16-bit PPM and PAM
+// are written from the samples put in file order in place; TIFF goes straight into the file).
+void write_image(Output_file& output, Image&& image, Image_file_format format, const Encoding_settings& settings);
 
 // Encodes the image in the format the name asks for and writes it atomically.
 void write_image_file(const std::string& path, const Image& image);

@@ -83,8 +83,8 @@ void configure(void* processor, const Correction_plan& plan)
     }
 }
 
-// One transform call over `pixels` pixels from `first`; the library's per-channel arguments run
-// blue, green, red.
+// One transform call over `pixels` pixels; the library's per-channel arguments run blue, green,
+// red.
 template <typename Sample>
 int transform(void* processor, const Correction_plan& plan, const std::uint16_t* input, Sample* output,
               std::int32_t pixels)
@@ -108,52 +108,54 @@ int transform(void* processor, const Correction_plan& plan, const std::uint16_t*
     }
 }
 
-// Slices small enough that a progress line moves and the threads finish together, large
-// enough that a call's fixed cost does not show.
-constexpr std::size_t smallest_slice = 1u << 16;
-constexpr std::size_t slices_per_thread = 4;
+// Slices small enough that a thread's scratch buffer stays in its cache and a progress line
+// moves, large enough that a call's fixed cost does not show.
+constexpr std::size_t slice_pixels = 1u << 16;
 
+// Each slice is transformed into a small scratch buffer of its thread and copied back over its
+// own input samples (8-bit results widened): the library needs distinct input and output
+// buffers, but a second image-sized buffer would cost as much fresh memory as the image
+// itself. Passes of --repeat run one after the other; only the last one copies back.
 template <typename Sample>
-void transform_in_slices(void* processor, const Correction_plan& plan, const Image& input, Sample* output,
-                         const Run_settings& settings)
+void transform_in_place(void* processor, const Correction_plan& plan, Image& image, const Run_settings& settings)
 {
-    const std::size_t pixels = input.pixel_count();
-    const std::size_t wanted = std::max<std::size_t>(1, settings.threads * slices_per_thread);
-    const std::size_t slice = std::max(smallest_slice, (pixels + wanted - 1) / wanted);
-    const std::size_t count = (pixels + slice - 1) / slice;
+    const std::size_t pixels = image.pixel_count();
+    const std::size_t count = (pixels + slice_pixels - 1) / slice_pixels;
     const char* call = sizeof(Sample) == 1 ? "nq_color_transform_48_to_24" : "nq_color_transform_48_to_48";
-    std::atomic<std::size_t> finished{0};
     const std::size_t total = count * static_cast<std::size_t>(settings.repeat);
-    run_in_parallel(total, settings.threads, [&](std::size_t task) {
-        const std::size_t first = (task % count) * slice;
-        const std::size_t length = std::min(slice, pixels - first);
-        check_code(transform(processor, plan, input.samples.data() + 3 * first, output + 3 * first,
-                             static_cast<std::int32_t>(length)),
-                   call);
-        if (settings.progress) {
-            settings.progress(static_cast<double>(++finished) / static_cast<double>(total));
-        }
-    });
+    std::atomic<std::size_t> finished{0};
+    for (int pass = 1; pass <= settings.repeat; ++pass) {
+        const bool last = pass == settings.repeat;
+        run_in_parallel(count, settings.threads, [&](std::size_t index) {
+            thread_local std::vector<Sample> scratch;
+            scratch.resize(3 * slice_pixels);
+            const std::size_t first = index * slice_pixels;
+            const std::size_t length = std::min(slice_pixels, pixels - first);
+            std::uint16_t* samples = image.samples.data() + 3 * first;
+            check_code(transform(processor, plan, samples, scratch.data(), static_cast<std::int32_t>(length)), call);
+            if (last) {
+                std::copy(scratch.begin(), scratch.begin() + static_cast<std::ptrdiff_t>(3 * length), samples);
+            }
+            if (settings.progress) {
+                settings.progress(static_cast<double>(++finished) / static_cast<double>(total));
+            }
+        });
+    }
 }
 
-void transform_image(void* processor, const Correction_plan& plan, const Image& input,
-                     const Run_settings& settings, Correction_result& result)
+void transform_image(void* processor, const Correction_plan& plan, Image& image, const Run_settings& settings,
+                     Correction_result& result)
 {
-    result.image.width = input.width;
-    result.image.height = input.height;
-    result.image.sample_bits = plan.output_bits;
     const auto start = std::chrono::steady_clock::now();
     if (plan.output_bits == 8) {
-        std::vector<std::uint8_t> output(input.samples.size());
-        transform_in_slices(processor, plan, input, output.data(), settings);
-        result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        result.image.samples.assign(output.begin(), output.end());
+        transform_in_place<std::uint8_t>(processor, plan, image, settings);
     } else {
-        result.image.samples.resize(input.samples.size());
-        transform_in_slices(processor, plan, input, result.image.samples.data(), settings);
-        result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        transform_in_place<std::uint16_t>(processor, plan, image, settings);
     }
+    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     result.transforms = settings.repeat;
+    image.sample_bits = plan.output_bits;
+    result.image = std::move(image);
 }
 
 } // namespace
@@ -202,8 +204,7 @@ Library_session::~Library_session()
     nq_color_processing_module_terminate();
 }
 
-Correction_result run_correction(const Correction_plan& plan, const Image& input,
-                                 const Run_settings& settings)
+Correction_result run_correction(const Correction_plan& plan, Image&& input, const Run_settings& settings)
 {
     Processor processor(plan, settings.vector);
     configure(processor.handle(), plan);

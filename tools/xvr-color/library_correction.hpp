@@ -23,16 +23,15 @@ struct Run_settings {
     Vector_choice vector;
     int repeat = 1;
     // The image is cut into slices that up to this many threads transform at once, all through
-    // one processor: a transform only reads the processor, so they need no lock.
+    // one processor: a transform only reads the processor, so the threads need no lock.
     unsigned threads = 1;
     std::function<void(double done)> progress; // fraction of the work done, from any thread
 };
 
-// `input` holds 16-bit samples; a Library_session must be alive. Several threads may run
-// corrections at once, each with its own processor. Throws Tool_error when the library refuses
-// a call, naming the call and its code.
-Correction_result run_correction(const Correction_plan& plan, const Image& input,
-                                 const Run_settings& settings);
+// `input` holds 16-bit samples and becomes the result (its memory is reused); a Library_session
+// must be alive. Several threads may run corrections at once, each with its own processor.
+// Throws Tool_error when the library refuses a call, naming the call and its code.
+Correction_result run_correction(const Correction_plan& plan, Image&& input, const Run_settings& settings);
 
 // Keeps the module initialised from construction to destruction; throws Tool_error when the
 // table library cannot be bound. One per run, made before any thread starts: every module

@@ -382,17 +382,30 @@ Image decode_netpbm(const std::vector<std::uint8_t>& bytes, const std::string& n
     return read_raster(bytes, header.raster_offset, header.layout, name);
 }
 
+std::string ppm_header(const Image& image)
+{
+    return "P6\n" + std::to_string(image.width) + " " + std::to_string(image.height) + "\n" + maxval_of(image) + "\n";
+}
+
+std::string pam_header(const Image& image)
+{
+    return "P7\nWIDTH " + std::to_string(image.width) + "\nHEIGHT " + std::to_string(image.height) +
+           "\nDEPTH 3\nMAXVAL " + maxval_of(image) + "\nTUPLTYPE RGB\nENDHDR\n";
+}
+
+void samples_to_big_endian(Image& image)
+{
+    swap_sample_bytes(image.samples.data(), image.samples.size());
+}
+
 std::vector<std::uint8_t> encode_ppm(const Image& image)
 {
-    return encode_raster(image, "P6\n" + std::to_string(image.width) + " " +
-                                    std::to_string(image.height) + "\n" + maxval_of(image) + "\n");
+    return encode_raster(image, ppm_header(image));
 }
 
 std::vector<std::uint8_t> encode_pam(const Image& image)
 {
-    return encode_raster(image, "P7\nWIDTH " + std::to_string(image.width) + "\nHEIGHT " +
-                                    std::to_string(image.height) + "\nDEPTH 3\nMAXVAL " +
-                                    maxval_of(image) + "\nTUPLTYPE RGB\nENDHDR\n");
+    return encode_raster(image, pam_header(image));
 }
 
 } // namespace xvr_color

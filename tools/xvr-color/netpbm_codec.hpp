@@ -30,6 +30,13 @@ std::uint64_t netpbm_file_size(const std::vector<std::uint8_t>& prefix, const st
 std::optional<Image> start_16_bit_netpbm(const std::vector<std::uint8_t>& prefix, const std::string& name);
 void finish_16_bit_netpbm(Image& image);
 
+// The headers that encode_ppm and encode_pam write, and the raster's byte order: a 16-bit
+// image whose samples are put in big-endian order in place can be written after its header as
+// it lies in memory, without a second copy of the image.
+std::string ppm_header(const Image& image);
+std::string pam_header(const Image& image);
+void samples_to_big_endian(Image& image);
+
 // Encode with maxval 255 (8-bit samples) or 65535 (16-bit samples, big-endian).
 std::vector<std::uint8_t> encode_ppm(const Image& image);
 std::vector<std::uint8_t> encode_pam(const Image& image);

@@ -13,11 +13,12 @@ namespace xvr_color {
 
 namespace {
 
-bool write_all(int descriptor, const std::vector<std::uint8_t>& bytes)
+bool write_all(int descriptor, const Output_file::Part& part)
 {
+    const auto* bytes = static_cast<const std::uint8_t*>(part.data);
     std::size_t written = 0;
-    while (written < bytes.size()) {
-        const ssize_t result = write(descriptor, bytes.data() + written, bytes.size() - written);
+    while (written < part.size) {
+        const ssize_t result = write(descriptor, bytes + written, part.size - written);
         if (result < 0) {
             if (errno == EINTR) {
                 continue;
@@ -60,16 +61,35 @@ Output_file::~Output_file() = default;
 
 void Output_file::commit(const std::vector<std::uint8_t>& bytes)
 {
-    if (!m_temporary) {
-        if (!write_all(STDOUT_FILENO, bytes)) {
-            throw Tool_error(std::string("cannot write standard output: ") + std::strerror(errno));
+    commit({Part{bytes.data(), bytes.size()}});
+}
+
+void Output_file::commit(const std::vector<Part>& parts)
+{
+    const int target = m_temporary ? m_temporary->descriptor() : STDOUT_FILENO;
+    for (const Part& part : parts) {
+        if (!write_all(target, part)) {
+            if (!m_temporary) {
+                throw Tool_error(std::string("cannot write standard output: ") + std::strerror(errno));
+            }
+            fail(m_path, errno);
         }
-        return;
     }
+    if (m_temporary) {
+        commit_written();
+    }
+}
+
+int Output_file::descriptor() const
+{
+    return m_temporary ? m_temporary->descriptor() : -1;
+}
+
+void Output_file::commit_written()
+{
     const int descriptor = m_temporary->descriptor();
     // Closing reports late write errors (e.g. a full disk on a network file system).
-    if (!write_all(descriptor, bytes) || !give_ordinary_permissions(descriptor) ||
-        fsync(descriptor) != 0 || !m_temporary->close_descriptor()) {
+    if (!give_ordinary_permissions(descriptor) || fsync(descriptor) != 0 || !m_temporary->close_descriptor()) {
         fail(m_path, errno);
     }
     if (std::rename(m_temporary->name().c_str(), m_path.c_str()) != 0) {

@@ -23,6 +23,17 @@ public:
 
     // Writes all bytes and puts the file in place; throws Tool_error, leaving nothing behind.
     void commit(const std::vector<std::uint8_t>& bytes);
+    // The same for bytes in several places, written one after the other.
+    struct Part {
+        const void* data;
+        std::size_t size;
+    };
+    void commit(const std::vector<Part>& parts);
+
+    // For writers that need a file of their own (libtiff seeks): the temporary file's descriptor,
+    // or -1 for standard output. After writing through it, commit_written() puts the file in place.
+    int descriptor() const;
+    void commit_written();
 
     const std::string& path() const { return m_path; }
 

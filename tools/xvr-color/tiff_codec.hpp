@@ -34,4 +34,8 @@ Image decode_tiff_file(int descriptor, const std::string& name);
 // horizontal predictor, which makes photographs noticeably smaller.
 std::vector<std::uint8_t> encode_tiff(const Image& image, Tiff_compression compression);
 
+// The same, written through the open file `descriptor` (libtiff seeks in it), with no copy of
+// the file in memory. Throws Tool_error when writing fails.
+void write_tiff_file(const Image& image, Tiff_compression compression, int descriptor);
+
 } // namespace xvr_color

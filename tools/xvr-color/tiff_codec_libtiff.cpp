@@ -316,6 +316,53 @@ void set_compression(TIFF* tiff, Tiff_compression compression)
     TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
 }
 
+// Writes the image as the file's only directory and closes the file.
+void write_tiff(Tiff_handle tiff, const Image& image, Tiff_compression compression)
+{
+    if (!tiff) {
+        fail_with_libtiff_reason("TIFF encoding failed");
+    }
+    const std::size_t row_samples = std::size_t(image.width) * 3;
+    const std::size_t row_bytes = row_samples * (image.sample_bits == 8 ? 1 : 2);
+    const std::uint32_t rows_per_strip =
+        static_cast<std::uint32_t>(std::clamp<std::size_t>((1u << 20) / row_bytes, 1, image.height));
+    TIFFSetField(tiff.get(), TIFFTAG_IMAGEWIDTH, image.width);
+    TIFFSetField(tiff.get(), TIFFTAG_IMAGELENGTH, image.height);
+    TIFFSetField(tiff.get(), TIFFTAG_SAMPLESPERPIXEL, 3);
+    TIFFSetField(tiff.get(), TIFFTAG_BITSPERSAMPLE, image.sample_bits);
+    TIFFSetField(tiff.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tiff.get(), TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff.get(), TIFFTAG_ROWSPERSTRIP, rows_per_strip);
+    TIFFSetField(tiff.get(), TIFFTAG_SOFTWARE, "xvr-color");
+    set_compression(tiff.get(), compression);
+    if (!image.icc_profile.empty()) {
+        TIFFSetField(tiff.get(), TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(image.icc_profile.size()),
+                     image.icc_profile.data());
+    }
+    std::vector<std::uint8_t> narrow; // 8-bit samples, one strip at a time
+    std::vector<std::uint16_t> wide;  // a copy for the predictor, which may work in place
+    for (std::uint32_t row = 0; row < image.height; row += rows_per_strip) {
+        const std::uint32_t rows = std::min(rows_per_strip, image.height - row);
+        const std::uint16_t* samples = image.samples.data() + row * row_samples;
+        const std::size_t count = rows * row_samples;
+        void* data = const_cast<std::uint16_t*>(samples);
+        if (image.sample_bits == 8) {
+            narrow.assign(samples, samples + count);
+            data = narrow.data();
+        } else if (compression != Tiff_compression::none) {
+            wide.assign(samples, samples + count);
+            data = wide.data();
+        }
+        if (TIFFWriteEncodedStrip(tiff.get(), TIFFComputeStrip(tiff.get(), row, 0), data,
+                                  static_cast<tmsize_t>(rows * row_bytes)) < 0) {
+            fail_with_libtiff_reason("TIFF encoding failed");
+        }
+    }
+    if (!TIFFWriteDirectory(tiff.get())) {
+        fail_with_libtiff_reason("TIFF encoding failed");
+    }
+}
+
 } // namespace
 
 void require_tiff_support() {}
@@ -359,54 +406,23 @@ std::vector<std::uint8_t> encode_tiff(const Image& image, Tiff_compression compr
                       : image.samples.size());
     Memory_file file;
     file.written = &bytes;
-    Tiff_handle tiff(open_memory("output", "w", file));
-    if (!tiff) {
-        fail_with_libtiff_reason("TIFF encoding failed");
-    }
-    const std::size_t row_samples = std::size_t(image.width) * 3;
-    const std::size_t row_bytes = row_samples * (image.sample_bits == 8 ? 1 : 2);
-    const std::uint32_t rows_per_strip =
-        static_cast<std::uint32_t>(std::clamp<std::size_t>((1u << 20) / row_bytes, 1, image.height));
-    TIFFSetField(tiff.get(), TIFFTAG_IMAGEWIDTH, image.width);
-    TIFFSetField(tiff.get(), TIFFTAG_IMAGELENGTH, image.height);
-    TIFFSetField(tiff.get(), TIFFTAG_SAMPLESPERPIXEL, 3);
-    TIFFSetField(tiff.get(), TIFFTAG_BITSPERSAMPLE, image.sample_bits);
-    TIFFSetField(tiff.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-    TIFFSetField(tiff.get(), TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tiff.get(), TIFFTAG_ROWSPERSTRIP, rows_per_strip);
-    TIFFSetField(tiff.get(), TIFFTAG_SOFTWARE, "xvr-color");
-    set_compression(tiff.get(), compression);
-    if (!image.icc_profile.empty()) {
-        TIFFSetField(tiff.get(), TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(image.icc_profile.size()),
-                     image.icc_profile.data());
-    }
-    std::vector<std::uint8_t> narrow; // 8-bit samples, one strip at a time
-    for (std::uint32_t row = 0; row < image.height; row += rows_per_strip) {
-        const std::uint32_t rows = std::min(rows_per_strip, image.height - row);
-        const std::uint16_t* samples = image.samples.data() + row * row_samples;
-        const std::size_t count = rows * row_samples;
-        void* data = const_cast<std::uint16_t*>(samples);
-        if (image.sample_bits == 8) {
-            narrow.assign(samples, samples + count);
-            data = narrow.data();
-        }
-        // libtiff may change the buffer in place (predictor), so 16-bit rows get a copy too.
-        std::vector<std::uint16_t> wide;
-        if (image.sample_bits == 16 && compression != Tiff_compression::none) {
-            wide.assign(samples, samples + count);
-            data = wide.data();
-        }
-        if (TIFFWriteEncodedStrip(tiff.get(), TIFFComputeStrip(tiff.get(), row, 0), data,
-                                  static_cast<tmsize_t>(rows * row_bytes)) < 0) {
-            fail_with_libtiff_reason("TIFF encoding failed");
-        }
-    }
-    if (!TIFFWriteDirectory(tiff.get())) {
-        fail_with_libtiff_reason("TIFF encoding failed");
-    }
-    tiff.reset();
+    write_tiff(Tiff_handle(open_memory("output", "w", file)), image, compression);
     bytes.resize(static_cast<std::size_t>(file.size));
     return bytes;
+}
+
+void write_tiff_file(const Image& image, Tiff_compression compression, int descriptor)
+{
+    install_libtiff_handlers();
+    const int own = dup(descriptor); // TIFFClose closes the descriptor it was given
+    if (own < 0) {
+        throw Tool_error(std::string("cannot write TIFF: ") + std::strerror(errno));
+    }
+    Tiff_handle tiff(TIFFFdOpen(own, "output", "w"));
+    if (!tiff) {
+        close(own);
+    }
+    write_tiff(std::move(tiff), image, compression);
 }
 
 } // namespace xvr_color

@@ -42,4 +42,9 @@ std::vector<std::uint8_t> encode_tiff(const Image&, Tiff_compression)
     report_missing_tiff_support("cannot write TIFF");
 }
 
+void write_tiff_file(const Image&, Tiff_compression, int)
+{
+    report_missing_tiff_support("cannot write TIFF");
+}
+
 } // namespace xvr_color
