@@ -203,6 +203,10 @@ void write_image(Output_file& output, Image&& image, Image_file_format format, c
         output.commit({{header.data(), header.size()}, {image.samples.data(), image.samples.size() * 2}});
         return;
     }
+    if (format == Image_file_format::png) {
+        write_png(output, std::move(image), settings.threads);
+        return;
+    }
     if (format == Image_file_format::tiff && output.descriptor() >= 0) {
         write_tiff_file(image, settings.tiff_compression, output.descriptor());
         output.commit_written();

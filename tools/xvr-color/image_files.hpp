@@ -47,7 +47,8 @@ std::vector<std::uint8_t> encode_image(const Image& image, Image_file_format for
                                        const Encoding_settings& settings);
 
 // Encodes and writes the image, reusing its memory where the format allows (16-bit PPM and PAM
-// are written from the samples put in file order in place; TIFF goes straight into the file).
+// are written from the samples put in file order in place, PNG is encoded from them; TIFF goes
+// straight into the file).
 void write_image(Output_file& output, Image&& image, Image_file_format format, const Encoding_settings& settings);
 
 // Encodes the image in the format the name asks for and writes it atomically.

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "image.hpp"
+#include "output_file.hpp"
 
 #include <cstdint>
 #include <string>
@@ -29,5 +30,9 @@ Image decode_png(const std::vector<std::uint8_t>& bytes, const std::string& name
 // Encodes an RGB PNG with the image's sample depth (8 or 16 bits) and ICC profile, compressing
 // on up to `threads` threads.
 std::vector<std::uint8_t> encode_png(const Image& image, unsigned threads = 1);
+
+// The same, written to `output` from the image's own memory (its samples are reordered in place
+// for the encoder, saving a copy of the image).
+void write_png(Output_file& output, Image&& image, unsigned threads);
 
 } // namespace xvr_color

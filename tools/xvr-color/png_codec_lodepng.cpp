@@ -119,14 +119,8 @@ unsigned deflate_with_zlib(unsigned char** output, size_t* output_size, const un
 {
     const auto* context = static_cast<const Deflate_context*>(settings->custom_context);
     try {
-        const std::vector<std::uint8_t> stream =
-            compress_zlib_stream(input, input_size, png_zlib_level, png_zlib_strategy, context->threads);
-        *output = static_cast<unsigned char*>(std::malloc(stream.size()));
-        if (*output == nullptr) {
-            return lodepng_out_of_memory;
-        }
-        std::copy(stream.begin(), stream.end(), *output);
-        *output_size = stream.size();
+        *output_size = compress_zlib_stream(input, input_size, png_zlib_level, png_zlib_strategy,
+                                            context->threads, output);
         return 0;
     } catch (const std::bad_alloc&) {
         return lodepng_out_of_memory;
@@ -138,6 +132,75 @@ unsigned deflate_with_zlib(unsigned char** output, size_t* output_size, const un
 std::uint16_t big_endian_sample(const unsigned char* bytes)
 {
     return static_cast<std::uint16_t>((bytes[0] << 8) | bytes[1]);
+}
+
+struct Encoded_png {
+    Lodepng_buffer bytes;
+    std::size_t size = 0;
+};
+
+// Puts the samples in the order PNG stores them, in place: 16-bit big-endian, or 8-bit packed
+// into the first bytes. Returns them as bytes for lodepng.
+const unsigned char* to_file_order(Image& image)
+{
+    auto* bytes = reinterpret_cast<unsigned char*>(image.samples.data());
+    const std::size_t count = image.samples.size();
+    if (image.sample_bits == 8) {
+        for (std::size_t i = 0; i < count; ++i) {
+            bytes[i] = static_cast<unsigned char>(image.samples[i]); // byte i lies before sample i
+        }
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::uint16_t sample = image.samples[i];
+            bytes[2 * i] = static_cast<unsigned char>(sample >> 8);
+            bytes[2 * i + 1] = static_cast<unsigned char>(sample);
+        }
+    }
+    return bytes;
+}
+
+// Encodes an RGB PNG of the image's depth and profile; the samples are left in file order.
+Encoded_png encode_in_file_order(Image& image, unsigned threads)
+{
+    const unsigned char* raw = to_file_order(image);
+    // lodepng would otherwise pick the smallest colour type that holds the pixels (a grey or
+    // 1-bit file for a plain image), and the user asked for RGB at a given depth.
+    Png_state state;
+    const unsigned bit_depth = static_cast<unsigned>(image.sample_bits);
+    LodePNGState* settings = state.get();
+    settings->encoder.auto_convert = 0;
+    settings->info_raw.colortype = LCT_RGB;
+    settings->info_raw.bitdepth = bit_depth;
+    settings->info_png.color.colortype = LCT_RGB;
+    settings->info_png.color.bitdepth = bit_depth;
+    settings->encoder.filter_strategy = png_filter;
+#if XVR_COLOR_HAS_ZLIB
+    Deflate_context deflate_context;
+    deflate_context.threads = threads;
+    settings->encoder.zlibsettings.custom_zlib = deflate_with_zlib;
+    settings->encoder.zlibsettings.custom_context = &deflate_context;
+#else
+    (void)threads;
+#endif
+    if (!image.icc_profile.empty()) {
+        const std::string name = image.icc_profile_name.empty() ? "ICC profile" : image.icc_profile_name;
+        const unsigned error = lodepng_set_icc(&settings->info_png, name.c_str(), image.icc_profile.data(),
+                                               static_cast<unsigned>(image.icc_profile.size()));
+        if (error != 0) {
+            throw Tool_error("PNG encoding failed: " + lodepng_message(error));
+        }
+    }
+    unsigned char* bytes = nullptr;
+    Encoded_png encoded;
+    const unsigned error = lodepng_encode(&bytes, &encoded.size, raw, image.width, image.height, settings);
+    encoded.bytes.reset(bytes);
+    if (error == lodepng_out_of_memory) {
+        throw std::bad_alloc();
+    }
+    if (error != 0) {
+        throw Tool_error("PNG encoding failed: " + lodepng_message(error));
+    }
+    return encoded;
 }
 
 } // namespace
@@ -210,59 +273,15 @@ Image decode_png(const std::vector<std::uint8_t>& bytes, const std::string& name
 
 std::vector<std::uint8_t> encode_png(const Image& image, unsigned threads)
 {
-    // lodepng takes 16-bit samples big-endian, as PNG stores them.
-    const std::size_t count = image.samples.size();
-    const std::uint16_t* samples = image.samples.data();
-    std::vector<unsigned char> raw(count * (image.sample_bits == 8 ? 1 : 2));
-    if (image.sample_bits == 8) {
-        for (std::size_t i = 0; i < count; ++i) {
-            raw[i] = static_cast<unsigned char>(samples[i]);
-        }
-    } else {
-        for (std::size_t i = 0; i < count; ++i) {
-            raw[2 * i] = static_cast<unsigned char>(samples[i] >> 8);
-            raw[2 * i + 1] = static_cast<unsigned char>(samples[i]);
-        }
-    }
-    // lodepng would otherwise pick the smallest colour type that holds the pixels (a grey or
-    // 1-bit file for a plain image), and the user asked for RGB at a given depth.
-    Png_state state;
-    const unsigned bit_depth = static_cast<unsigned>(image.sample_bits);
-    LodePNGState* settings = state.get();
-    settings->encoder.auto_convert = 0;
-    settings->info_raw.colortype = LCT_RGB;
-    settings->info_raw.bitdepth = bit_depth;
-    settings->info_png.color.colortype = LCT_RGB;
-    settings->info_png.color.bitdepth = bit_depth;
-    settings->encoder.filter_strategy = png_filter;
-#if XVR_COLOR_HAS_ZLIB
-    Deflate_context deflate_context;
-    deflate_context.threads = threads;
-    settings->encoder.zlibsettings.custom_zlib = deflate_with_zlib;
-    settings->encoder.zlibsettings.custom_context = &deflate_context;
-#else
-    (void)threads;
-#endif
-    if (!image.icc_profile.empty()) {
-        const std::string name = image.icc_profile_name.empty() ? "ICC profile" : image.icc_profile_name;
-        const unsigned error = lodepng_set_icc(&settings->info_png, name.c_str(), image.icc_profile.data(),
-                                               static_cast<unsigned>(image.icc_profile.size()));
-        if (error != 0) {
-            throw Tool_error("PNG encoding failed: " + lodepng_message(error));
-        }
-    }
-    unsigned char* encoded = nullptr;
-    std::size_t encoded_size = 0;
-    const unsigned error = lodepng_encode(&encoded, &encoded_size, raw.data(), image.width,
-                                          image.height, settings);
-    Lodepng_buffer owner(encoded);
-    if (error == lodepng_out_of_memory) {
-        throw std::bad_alloc();
-    }
-    if (error != 0) {
-        throw Tool_error("PNG encoding failed: " + lodepng_message(error));
-    }
-    return std::vector<std::uint8_t>(encoded, encoded + encoded_size);
+    Image file_order = image;
+    const Encoded_png encoded = encode_in_file_order(file_order, threads);
+    return std::vector<std::uint8_t>(encoded.bytes.get(), encoded.bytes.get() + encoded.size);
+}
+
+void write_png(Output_file& output, Image&& image, unsigned threads)
+{
+    const Encoded_png encoded = encode_in_file_order(image, threads);
+    output.commit({{encoded.bytes.get(), encoded.size}});
 }
 
 } // namespace xvr_color

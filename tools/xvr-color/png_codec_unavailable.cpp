@@ -37,4 +37,9 @@ std::vector<std::uint8_t> encode_png(const Image&, unsigned)
     report_missing_png_support("cannot write PNG");
 }
 
+void write_png(Output_file&, Image&&, unsigned)
+{
+    report_missing_png_support("cannot write PNG");
+}
+
 } // namespace xvr_color

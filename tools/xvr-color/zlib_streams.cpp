@@ -65,8 +65,8 @@ Compressed_piece compress_piece(const std::uint8_t* data, std::size_t begin, std
 
 } // namespace
 
-std::vector<std::uint8_t> compress_zlib_stream(const std::uint8_t* data, std::size_t size, int level,
-                                               int strategy, unsigned threads)
+std::size_t compress_zlib_stream(const std::uint8_t* data, std::size_t size, int level, int strategy,
+                                 unsigned threads, std::uint8_t** output)
 {
     const std::size_t count = std::max<std::size_t>(1, (size + piece_size - 1) / piece_size);
     std::vector<Compressed_piece> pieces(count);
@@ -79,21 +79,26 @@ std::vector<std::uint8_t> compress_zlib_stream(const std::uint8_t* data, std::si
     for (const Compressed_piece& piece : pieces) {
         total += piece.bytes.size();
     }
-    std::vector<std::uint8_t> stream;
-    stream.reserve(total);
-    stream.push_back(0x78); // deflate, 32 KiB window
-    stream.push_back(0x01); // with the check bits that make the header a multiple of 31
+    auto* stream = static_cast<std::uint8_t*>(std::malloc(total));
+    if (stream == nullptr) {
+        throw std::bad_alloc();
+    }
+    std::size_t at = 0;
+    stream[at++] = 0x78; // deflate, 32 KiB window
+    stream[at++] = 0x01; // with the check bits that make the header a multiple of 31
     uLong adler = 1;
     for (std::size_t i = 0; i < count; ++i) {
-        stream.insert(stream.end(), pieces[i].bytes.begin(), pieces[i].bytes.end());
+        std::copy(pieces[i].bytes.begin(), pieces[i].bytes.end(), stream + at);
+        at += pieces[i].bytes.size();
         const std::size_t length = std::min(size, (i + 1) * piece_size) - i * piece_size;
         adler = adler32_combine(adler, pieces[i].adler, static_cast<z_off_t>(length));
         pieces[i].bytes = {};
     }
     for (int shift = 24; shift >= 0; shift -= 8) {
-        stream.push_back(static_cast<std::uint8_t>(adler >> shift));
+        stream[at++] = static_cast<std::uint8_t>(adler >> shift);
     }
-    return stream;
+    *output = stream;
+    return at;
 }
 
 Inflate_result inflate_zlib_stream(const std::uint8_t* data, std::size_t size, std::size_t expected_size,
