@@ -206,6 +206,13 @@ TEST(Codecs, FilesAreReadByContentAndWrittenByExtension)
     EXPECT_EQ(read_image_file(folder.file("x.png")).samples, image.samples);
     write_file_atomically(folder.file("empty.ppm"), {});
     EXPECT_THROW(read_image_file(folder.file("empty.ppm")), Tool_error);
+#if XVR_COLOR_HAS_PNG && XVR_COLOR_HAS_ZLIB
+    std::vector<std::uint8_t> png = encode_png(image);
+    png[30] ^= 1; // in the CRC of the IHDR chunk
+    write_file_atomically(folder.file("crc.png"), png);
+    EXPECT_EQ(error_of([&] { read_image_file(folder.file("crc.png")); }),
+              folder.file("crc.png") + " is damaged or truncated: the checksum of its IHDR chunk does not match");
+#endif
     write_file_atomically(folder.file("text.ppm"), {'h', 'i'});
     EXPECT_EQ(error_of([&] { read_image_file(folder.file("text.ppm")); }),
               folder.file("text.ppm") + " is not a PNG, TIFF, PPM or PAM file");

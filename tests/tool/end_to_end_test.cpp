@@ -552,7 +552,7 @@ TEST_F(XvrColor, HostileInputAndInterruptionsLeaveNothingBehind)
     {
         // A 1 x 1 PNG whose next chunk claims 2 GB, in a sparse file of 3 GB.
         const std::uint8_t header[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n', 0, 0, 0, 13, 'I', 'H', 'D', 'R',
-                                       0, 0, 0, 1, 0, 0, 0, 1, 16, 2, 0, 0, 0, 0, 0, 0, 0,
+                                       0, 0, 0, 1, 0, 0, 0, 1, 16, 2, 0, 0, 0, 0xc0, 0xe7, 0x8f, 0x9d, // CRC
                                        0x7f, 0xff, 0xff, 0xff, 'I', 'D', 'A', 'T'};
         write_file_atomically(file("huge.png"), std::vector<std::uint8_t>(std::begin(header), std::end(header)));
         std::filesystem::resize_file(file("huge.png"), 3ull << 30);

@@ -156,7 +156,7 @@ Image read_image(Input_source& source, Image_file_format* format_read)
     if (looks_like_png(bytes)) {
         format = Image_file_format::png;
         read_png_stream(source, bytes);
-        image = decode_png(bytes, source.name());
+        image = decode_png(bytes, source.name(), png_stream_checks_crc());
     } else if (looks_like_tiff(bytes)) {
         format = Image_file_format::tiff;
         image = read_tiff(source, bytes);

@@ -25,7 +25,8 @@ std::string png_support_description();
 // error messages. Throws Tool_error for a damaged or truncated file, a bit depth other than 8
 // and 16 and a colour type other than RGB (grey, grey with alpha, RGBA and palette images are
 // refused), and std::bad_alloc when the decoder runs out of memory.
-Image decode_png(const std::vector<std::uint8_t>& bytes, const std::string& name);
+// `crc_checked`: the chunks' CRCs have been checked already, the decoder need not.
+Image decode_png(const std::vector<std::uint8_t>& bytes, const std::string& name, bool crc_checked = false);
 
 // Encodes an RGB PNG with the image's sample depth (8 or 16 bits) and ICC profile, compressing
 // on up to `threads` threads.

@@ -216,7 +216,7 @@ std::string png_support_description()
 #endif
 }
 
-Image decode_png(const std::vector<std::uint8_t>& bytes, const std::string& name)
+Image decode_png(const std::vector<std::uint8_t>& bytes, const std::string& name, bool crc_checked)
 {
     unsigned width = 0, height = 0;
     Png_state state;
@@ -229,6 +229,7 @@ Image decode_png(const std::vector<std::uint8_t>& bytes, const std::string& name
     check_image_size(width, height, name);
 
     const unsigned bit_depth = colour.bitdepth;
+    state.get()->decoder.ignore_crc = crc_checked ? 1 : 0;
     state.get()->info_raw.colortype = LCT_RGB;
     state.get()->info_raw.bitdepth = bit_depth;
 #if XVR_COLOR_HAS_ZLIB

@@ -22,7 +22,7 @@ void require_png_support()
     report_missing_png_support("no PNG support");
 }
 
-Image decode_png(const std::vector<std::uint8_t>&, const std::string& name)
+Image decode_png(const std::vector<std::uint8_t>&, const std::string& name, bool)
 {
     report_missing_png_support("cannot read " + name);
 }

@@ -15,4 +15,7 @@ namespace xvr_color {
 // image size out of range.
 void read_png_stream(Input_source& source, std::vector<std::uint8_t>& bytes);
 
+// Whether read_png_stream has checked every chunk's CRC (it does when built with zlib).
+bool png_stream_checks_crc();
+
 } // namespace xvr_color
