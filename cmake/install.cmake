@@ -9,10 +9,13 @@
 #   Development  what a host needs to build: headers, the core's unversioned link, pkg-config
 #                files and the CMake package.
 #
-# The colour-processing library carries no run-time search path, so the libraries must go to a
-# directory that the dynamic loader searches. On Debian that is the multiarch directory:
-# <prefix>/lib/i386-linux-gnu is listed in /etc/ld.so.conf.d/i386-linux-gnu.conf for the
-# prefixes /usr and /usr/local (run ldconfig after installing into /usr/local).
+# The installed colour-processing library finds its companions beside itself: it is given the
+# run-time search path $ORIGIN at install time, as a DT_RUNPATH, so a host built against an
+# install in any prefix runs without LD_LIBRARY_PATH or ldconfig. The loader searches
+# LD_LIBRARY_PATH before a RUNPATH, so test doubles chosen through it still take precedence. The
+# library in the build tree keeps no search path at all: tests that compose their own companion
+# set rely on the production companions in <build>/lib staying invisible.
+# Under /usr (and /usr/local after ldconfig) the multiarch directory is searched anyway.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -48,6 +51,12 @@ set(nq_installed_libraries
     "corvane_xvr_color_processing_vector_sse||Runtime"
     "corvane_xvr_color_processing_vector_avx2||Runtime")
 
+# CMake's own RPATH editing needs room reserved in the build-tree file, which it pads with
+# empty entries that the loader reads as the current directory (and any RUNPATH there would
+# also hide the executable's DT_RPATH from the library's dlopen calls). So the build tree keeps
+# none, and patchelf writes the RUNPATH into the installed copy.
+find_program(NQ_PATCHELF patchelf)
+
 set(NQ_INSTALLED_TARGETS "")
 foreach(entry ${nq_installed_libraries})
     string(REPLACE "|" ";" fields "${entry}")
@@ -66,6 +75,23 @@ foreach(entry ${nq_installed_libraries})
     endif()
     list(APPEND NQ_INSTALLED_TARGETS ${target})
 endforeach()
+
+if(TARGET corvane_xvr_color_processing)
+    if(NOT NQ_PATCHELF)
+        message(WARNING "patchelf not found (scripts/setup-debian.sh installs it): the installed "
+                        "colour library will find its companions only where the loader searches anyway")
+    endif()
+    install(CODE "
+        set(installed \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${NQ_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:corvane_xvr_color_processing>\")
+        if(EXISTS \"${NQ_PATCHELF}\")
+            execute_process(COMMAND \"${NQ_PATCHELF}\" --set-rpath \"\\$ORIGIN\" \"\${installed}\"
+                            RESULT_VARIABLE result)
+            if(NOT result EQUAL 0)
+                message(FATAL_ERROR \"patchelf could not set the RUNPATH of \${installed}\")
+            endif()
+        endif()"
+        COMPONENT Runtime)
+endif()
 
 # pkg-config files ------------------------------------------------------------------------
 # Written at install time, so that the prefix given to `cmake --install --prefix` is the one
@@ -119,12 +145,17 @@ if(NQ_INSTALLED_TARGETS)
         "${NQ_INSTALL_STAGING_DIR}/${NQ_PACKAGE_NAME}Config.cmake"
         INSTALL_DESTINATION "${NQ_INSTALL_CMAKEDIR}"
         PATH_VARS NQ_INSTALL_LIBDIR NQ_INSTALL_INCLUDEDIR)
-    # The version file also refuses a consumer whose pointers are not 4 bytes: a 64-bit build
-    # cannot link these libraries.
-    write_basic_package_version_file(
-        "${NQ_INSTALL_STAGING_DIR}/${NQ_PACKAGE_NAME}ConfigVersion.cmake"
-        VERSION "${PROJECT_VERSION}"
-        COMPATIBILITY SameMajorVersion)
+    # The version file also refuses a consumer whose pointers are not 4 bytes, saying why.
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/${NQ_PACKAGE_NAME}ConfigVersion.cmake.in"
+        "${NQ_INSTALL_STAGING_DIR}/${NQ_PACKAGE_NAME}ConfigVersion.cmake" @ONLY)
+    # A note for projects of another architecture, which do not search the 32-bit library folder.
+    set(note_dir "${NQ_INSTALL_STAGING_DIR}/architecture_note")
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/${NQ_PACKAGE_NAME}ArchitectureNote.cmake.in"
+        "${note_dir}/${NQ_PACKAGE_NAME}ConfigVersion.cmake" @ONLY)
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/${NQ_PACKAGE_NAME}ArchitectureNoteConfig.cmake.in"
+        "${note_dir}/${NQ_PACKAGE_NAME}Config.cmake" @ONLY)
+    install(FILES "${note_dir}/${NQ_PACKAGE_NAME}Config.cmake" "${note_dir}/${NQ_PACKAGE_NAME}ConfigVersion.cmake"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/cmake/${NQ_PACKAGE_NAME}" COMPONENT Development)
     install(FILES
         "${NQ_INSTALL_STAGING_DIR}/${NQ_PACKAGE_NAME}Config.cmake"
         "${NQ_INSTALL_STAGING_DIR}/${NQ_PACKAGE_NAME}ConfigVersion.cmake"

@@ -1,5 +1,5 @@
 # Installs the build into a scratch prefix and checks what a host finds there: files and links,
-# SONAMEs without run-time search paths, the companions' exports, the Runtime component, a
+# SONAMEs, run-time search paths (only the core has one: $ORIGIN), the companions' exports, the Runtime component, a
 # library folder the loader searches, and hosts built through pkg-config and the CMake package.
 # Run as: cmake -DBUILD_DIR= -DWORK_DIR= -DHOST_SOURCE_DIR= -DTOOLCHAIN_FILE= -DC_COMPILER=
 #               -DGENERATOR= -P install_check.cmake
@@ -56,7 +56,12 @@ foreach(name corvane_xvr_color_processing corvane_xvr_LUT corvane_xvr_logger ${n
     if(NOT elf MATCHES "Library soname: \\[lib${name}\\.so\\.1\\]")
         fail("${name} has SONAME lib${name}.so.1")
     endif()
-    if(elf MATCHES "RPATH|RUNPATH")
+    # Only the core searches: beside itself, for the companions it opens.
+    if(name STREQUAL "corvane_xvr_color_processing")
+        if(NOT elf MATCHES "\\(RUNPATH\\)[^\n]*\\[\\$ORIGIN\\]" OR elf MATCHES "\\(RPATH\\)")
+            fail("${name} carries the RUNPATH $ORIGIN and no RPATH")
+        endif()
+    elseif(elf MATCHES "RPATH|RUNPATH")
         fail("${name} carries no run-time search path")
     endif()
 endforeach()

@@ -4,7 +4,9 @@
 #include "netpbm_codec.hpp"
 #include "png_codec.hpp"
 #include "test_support.hpp"
+#include "tiff_codec.hpp"
 
+#include <cstring>
 #include <sys/stat.h>
 
 #if XVR_COLOR_HAS_PNG
@@ -26,6 +28,12 @@ TEST(Codecs, EveryFormatGivesEverySampleBackAtItsDepth)
         {"pam", [](const Image& i) { return decode_netpbm(encode_pam(i), "f"); }}};
 #if XVR_COLOR_HAS_PNG
     codecs.push_back({"png", [](const Image& i) { return decode_png(encode_png(i), "f"); }});
+    codecs.push_back({"png on 3 threads", [](const Image& i) { return decode_png(encode_png(i, 3), "f"); }});
+#endif
+#if XVR_COLOR_HAS_TIFF
+    codecs.push_back({"tiff", [](const Image& i) { return decode_tiff(encode_tiff(i, Tiff_compression::none), "f"); }});
+    codecs.push_back({"tiff deflate", [](const Image& i) { return decode_tiff(encode_tiff(i, Tiff_compression::deflate), "f"); }});
+    codecs.push_back({"tiff lzw", [](const Image& i) { return decode_tiff(encode_tiff(i, Tiff_compression::lzw), "f"); }});
 #endif
     for (const auto& [name, round_trip] : codecs) {
         for (const Image& image : images) {
@@ -91,6 +99,10 @@ TEST(Codecs, NetpbmFilesThatCannotBeReadSayWhy)
         // 100000 x 100000 x 6 bytes would overflow a 32-bit size: refused before any allocation.
         {bytes_of("P6\n100000 100000\n65535\n", {0}),
          "f.ppm is too large (100000 x 100000); at most 134217728 pixels are supported"},
+        // Ten digits are a size, too large; not "not a number".
+        {bytes_of("P6\n1234567890 1\n255\n"), "f.ppm is too large (1234567890 x 1); at most 134217728 pixels are supported"},
+        {bytes_of("P6\n1 123456789012345678901234\n255\n"),
+         "f.ppm is too large: its height 123456789012345678901234 is beyond any supported size"},
     };
     for (const auto& [bytes, message] : cases) {
         EXPECT_EQ(error_of([&] { decode_netpbm(bytes, "f.ppm"); }), message);
@@ -153,6 +165,23 @@ TEST(Codecs, PngFilesThatCannotBeReadSayWhy)
     EXPECT_NE(png_error(damaged), "no error");
 }
 
+TEST(Codecs, ProfilesSurviveEveryFormatThatHoldsThem)
+{
+    Image image = image_of(1, 1, 16, {1, 2, 3});
+    image.icc_profile.assign(300, 0);
+    std::copy_n("acsp", 4, image.icc_profile.begin() + 36);
+    std::copy_n("RGB ", 4, image.icc_profile.begin() + 16); // lodepng checks the colour space
+    image.icc_profile[299] = 0x5a;
+    image.icc_profile_name = "Display P3";
+    const Image from_png = decode_png(encode_png(image), "f");
+    EXPECT_EQ(from_png.icc_profile, image.icc_profile);
+    EXPECT_EQ(from_png.icc_profile_name, "Display P3");
+#if XVR_COLOR_HAS_TIFF
+    EXPECT_EQ(decode_tiff(encode_tiff(image, Tiff_compression::deflate), "f").icc_profile, image.icc_profile);
+#endif
+    EXPECT_TRUE(decode_png(encode_png(image_of(1, 1, 8, {1, 2, 3})), "f").icc_profile.empty());
+}
+
 #else
 
 TEST(Codecs, ABuildWithoutLodepngSaysHowToGetIt)
@@ -177,9 +206,16 @@ TEST(Codecs, FilesAreReadByContentAndWrittenByExtension)
     EXPECT_EQ(read_image_file(folder.file("x.png")).samples, image.samples);
     write_file_atomically(folder.file("empty.ppm"), {});
     EXPECT_THROW(read_image_file(folder.file("empty.ppm")), Tool_error);
+#if XVR_COLOR_HAS_PNG && XVR_COLOR_HAS_ZLIB
+    std::vector<std::uint8_t> png = encode_png(image);
+    png[30] ^= 1; // in the CRC of the IHDR chunk
+    write_file_atomically(folder.file("crc.png"), png);
+    EXPECT_EQ(error_of([&] { read_image_file(folder.file("crc.png")); }),
+              folder.file("crc.png") + " is damaged or truncated: the checksum of its IHDR chunk does not match");
+#endif
     write_file_atomically(folder.file("text.ppm"), {'h', 'i'});
     EXPECT_EQ(error_of([&] { read_image_file(folder.file("text.ppm")); }),
-              folder.file("text.ppm") + " is not a PNG, PPM or PAM file");
+              folder.file("text.ppm") + " is not a PNG, TIFF, PPM or PAM file");
 }
 
 TEST(Codecs, WritesReplaceWholeFilesOrLeaveThemAsTheyWere)
@@ -201,3 +237,93 @@ TEST(Codecs, WritesReplaceWholeFilesOrLeaveThemAsTheyWere)
               "cannot write " + folder.file("missing/out.bin") + ": No such file or directory");
     EXPECT_EQ(folder.entries(), (std::vector<std::string>{"busy", "out.bin"})) << "no temporary file is left";
 }
+
+#if XVR_COLOR_HAS_TIFF
+#include <tiffio.h>
+
+namespace {
+
+// A TIFF written with libtiff directly: planar or contiguous, in tiles of 16 x 16 or strips of
+// 3 rows, so that every block shape the reader handles has edge blocks the image does not fill.
+std::vector<std::uint8_t> tiff_of(const Image& image, bool planar, bool tiled, const std::string& path)
+{
+    TIFF* tiff = TIFFOpen(path.c_str(), "w");
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, image.width);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, image.height);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 3);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, image.sample_bits);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, planar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_PACKBITS);
+    const std::uint32_t block = tiled ? 16 : 3;
+    TIFFSetField(tiff, tiled ? TIFFTAG_TILEWIDTH : TIFFTAG_ROWSPERSTRIP, block);
+    if (tiled) {
+        TIFFSetField(tiff, TIFFTAG_TILELENGTH, block);
+    }
+    const std::uint32_t block_width = tiled ? block : image.width;
+    const int bytes = image.sample_bits / 8;
+    for (int plane = 0; plane < (planar ? 3 : 1); ++plane) {
+        for (std::uint32_t y0 = 0; y0 < image.height; y0 += block) {
+            for (std::uint32_t x0 = 0; x0 < image.width; x0 += block_width) {
+                std::vector<std::uint8_t> data(std::size_t(block) * block_width * (planar ? 1 : 3) * bytes);
+                std::size_t at = 0;
+                for (std::uint32_t y = y0; y < y0 + block; ++y) {
+                    for (std::uint32_t x = x0; x < x0 + block_width; ++x) {
+                        for (int c = planar ? plane : 0; c < (planar ? plane + 1 : 3); ++c, at += bytes) {
+                            const std::uint16_t v = y < image.height && x < image.width
+                                                        ? image.samples[(std::size_t(y) * image.width + x) * 3 + c] : 0;
+                            std::memcpy(&data[at], &v, bytes); // host order, little-endian
+                        }
+                    }
+                }
+                const tsample_t sample = static_cast<tsample_t>(plane);
+                if (tiled) {
+                    TIFFWriteTile(tiff, data.data(), x0, y0, 0, sample);
+                } else {
+                    TIFFWriteEncodedStrip(tiff, TIFFComputeStrip(tiff, y0, sample), data.data(),
+                                          static_cast<tmsize_t>(std::size_t(std::min(block, image.height - y0)) *
+                                                                image.width * (planar ? 1 : 3) * bytes));
+                }
+            }
+        }
+    }
+    TIFFClose(tiff);
+    return read_file(path);
+}
+
+} // namespace
+
+TEST(Codecs, TiffPlanesTilesAndStripsAreAllRead)
+{
+    Scratch_folder folder;
+    for (const int bits : {8, 16}) {
+        Image image = make_blank_image(37, 19, bits);
+        for (std::size_t i = 0; i < image.samples.size(); ++i) {
+            image.samples[i] = static_cast<std::uint16_t>((i * 2654435761u) >> (bits == 8 ? 24 : 16));
+        }
+        for (const bool planar : {false, true}) {
+            for (const bool tiled : {false, true}) {
+                const std::vector<std::uint8_t> bytes = tiff_of(image, planar, tiled, folder.file("t.tif"));
+                const Image read = decode_tiff(bytes, "t.tif");
+                EXPECT_EQ(read.samples, image.samples) << bits << planar << tiled;
+                EXPECT_EQ(read.sample_bits, bits);
+            }
+        }
+    }
+}
+
+TEST(Codecs, TiffFilesThatCannotBeReadSayWhy)
+{
+    const Image image = image_of(2, 1, 16, {1, 2, 3, 4, 5, 6});
+    const std::vector<std::uint8_t> bytes = encode_tiff(image, Tiff_compression::none);
+    EXPECT_TRUE(looks_like_tiff(bytes));
+    const std::string cut = error_of([&] { decode_tiff({bytes.begin(), bytes.begin() + 20}, "f.tif"); });
+    EXPECT_EQ(cut.rfind("f.tif is ", 0), 0u) << cut;
+    EXPECT_EQ(error_of([&] { decode_tiff(bytes_of("II*\0\x08\0\0\0"), "f.tif"); }).rfind("f.tif is not a readable TIFF file", 0), 0u);
+}
+#else
+TEST(Codecs, ABuildWithoutLibtiffSaysHowToGetIt)
+{
+    EXPECT_NE(error_of(require_tiff_support).find("scripts/setup-debian.sh"), std::string::npos);
+}
+#endif

@@ -24,7 +24,7 @@ TEST(Options, ValuesAreTakenInEitherSpellingAndInTheOrderGiven)
                                            "--matrix=identity", "--matrix", "0.5 0 0  0 0.5 0  0 0 -1e-3",
                                            "--input-curve", "srgb", "--output-table", "t.cube",
                                            "--output-table-bits=1"});
-    EXPECT_EQ(options.input_path, "in.png");
+    EXPECT_EQ(options.inputs, std::vector<std::string>{"in.png"});
     EXPECT_EQ(options.output_path, "out.ppm");
     EXPECT_EQ(options.matrices, (std::vector<Matrix>{{1, 2, 3, 4, 5, 6, 7, 8, 9}, {1, 0, 0, 0, 1, 0, 0, 0, 1},
                                                      {0.5f, 0, 0, 0, 0.5f, 0, 0, 0, -1e-3f}}));
@@ -49,6 +49,34 @@ TEST(Options, ValuesAreTakenInEitherSpellingAndInTheOrderGiven)
     }
 }
 
+TEST(Options, TheUsualCommandLineConventionsHold)
+{
+    const struct {
+        std::vector<std::string> arguments;
+        std::vector<std::string> inputs;
+        std::string output;
+        bool quiet;
+    } cases[] = {
+        {{"-", "-o", "-"}, {"-"}, "-", false},             // standard input and output
+        {{"-qoout.png", "a.tif"}, {"a.tif"}, "out.png", true}, // grouped flags, attached value
+        {{"-o", "x.ppm", "--", "-q", "--help"}, {"-q", "--help"}, "x.ppm", false}, // -- ends options
+        {{"a.png", "b.png", "--quiet"}, {"a.png", "b.png"}, "", true},
+    };
+    for (const auto& c : cases) {
+        const Options options = parse_options(c.arguments);
+        EXPECT_EQ(options.inputs, c.inputs);
+        EXPECT_EQ(options.output_path, c.output);
+        EXPECT_EQ(options.quiet, c.quiet);
+    }
+    const Options options = parse_options({"--threads=3", "--format", "tif", "--shift", "+4", "--in-place",
+                                           "--keep-profile", "--compression", "lzw", "--version"});
+    EXPECT_EQ(options.threads, 3u);
+    EXPECT_EQ(options.format, Image_file_format::tiff);
+    EXPECT_EQ(*options.shift, (std::array<int, 3>{4, 4, 4}));
+    EXPECT_TRUE(options.in_place && options.keep_profile && options.show_version);
+    EXPECT_EQ(options.tiff_compression, Tiff_compression::lzw);
+}
+
 TEST(Options, EveryMistakeIsExplained)
 {
     const std::pair<std::vector<std::string>, std::string> cases[] = {
@@ -71,7 +99,15 @@ TEST(Options, EveryMistakeIsExplained)
         {{"--output-table-bits", "17"}, "--output-table-bits: 17 is out of range (1..16)"},
         {{"--vector", "3"}, "--vector takes auto, 0 (scalar), 1 (SSE) or 2 (AVX2); got '3'"},
         {{"--repeat", "0"}, "--repeat: 0 is out of range (1..1000000)"},
-        {{"a.png", "b.png"}, "only one input file can be given (got 'a.png' and 'b.png')"},
+        {{"-x"}, "unknown option '-x' (see --help)"},
+        {{"-qx"}, "unknown option '-x' in '-qx' (see --help)"},
+        {{"--quiet=yes"}, "--quiet takes no value"},
+        {{"--threads", "0"}, "--threads: 0 is out of range (1..256)"},
+        {{"--threads", "99999999999999999999"}, "--threads: 99999999999999999999 is out of range (1..256)"},
+        {{"--format", "jpeg"}, "--format takes png, tiff, ppm or pam; got 'jpeg'"},
+        {{"--compression", "jpeg"}, "--compression takes none, deflate or lzw; got 'jpeg'"},
+        {{"--name", "out.png"}, "--name needs a file name containing {name} (and no '/'), e.g. "
+                                "'{name}-corrected.{ext}'; got 'out.png'"},
         {{"--gamma", "2"}, "unknown option '--gamma' (see --help)"},
         {{"--output="}, "--output needs a file name"},
     };
@@ -127,6 +163,28 @@ TEST(CorrectionPlan, SettingsWhoseResultsWouldNotFitAreRefused)
     EXPECT_EQ((*plan.output_tables)[2], (Lookup_table{0, 65536, 131071, 262143}));
     EXPECT_EQ(plan_error({"--output-table", path, "--output-table-bits", "2"}),
               "the red results reach 262143, beyond 16-bit samples (0..65535)" + advice);
+}
+
+TEST(CorrectionPlan, EightBitOutputRoundsAndOnlyDepthChangesKeepColours)
+{
+    const Correction_plan rounded = make_correction_plan(parse_options({"--bits", "8"}), sixteen_bit_file);
+    ASSERT_TRUE(rounded.output_tables);
+    const Lookup_table& table = (*rounded.output_tables)[0];
+    for (std::int32_t v = 0; v < 65536; v += 1) { // nearest of v / 257, computed independently
+        ASSERT_EQ(table[v], (2 * v + 257) / 514) << v;
+    }
+    EXPECT_EQ(rounded.channels[0].shift, 0);
+    EXPECT_FALSE(make_correction_plan(parse_options({"--bits", "8", "--shift", "-8"}), sixteen_bit_file).output_tables);
+    const std::pair<std::vector<std::string>, bool> cases[] = {
+        {{}, true}, {{"--bits", "8"}, true}, {{"--bits", "8", "--shift", "-8"}, true},
+        {{"--matrix", "identity", "--matrix", "identity"}, true}, {{"--matrix", "2,0,0,0,1,0,0,0,1"}, false},
+        {{"--output-curve", "srgb"}, false}, {{"--input-curve", "linear"}, false}, {{"--clamp", "0,65535"}, false},
+        {{"--bits", "8", "--shift", "-9"}, false},
+    };
+    for (const auto& [arguments, keeps] : cases) {
+        EXPECT_EQ(make_correction_plan(parse_options(arguments), sixteen_bit_file).keeps_colours, keeps)
+            << arguments.size();
+    }
 }
 
 TEST(CorrectionPlan, LargestFinalValueLooksOnlyAtTheReachableTableEntries)

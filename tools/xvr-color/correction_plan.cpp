@@ -17,7 +17,16 @@ std::int32_t largest_sample(int bits)
     return (1 << bits) - 1;
 }
 
-Table_choice chosen_output_table(const Options& options, const Run_context& context)
+// 8-bit output without a table of the user's rounds the 16-bit result to the nearest 8-bit
+// value through a linear table, as other image tools do: entry i = round(255 x i / 65535), the
+// nearest of i / 257 (never a tie, since 257 is odd). A --shift asks for the old cut instead.
+bool rounds_to_8_bits(const Options& options, const Correction_plan& plan)
+{
+    return plan.output_bits == 8 && !options.shift;
+}
+
+Table_choice chosen_output_table(const Options& options, const Run_context& context,
+                                 const Correction_plan& plan)
 {
     if (options.output_table) {
         return *options.output_table;
@@ -26,6 +35,9 @@ Table_choice chosen_output_table(const Options& options, const Run_context& cont
     if (context.built_in_chart) {
         choice.source = Table_choice::Source::curve;
         choice.curve = default_chart_output_curve();
+    } else if (rounds_to_8_bits(options, plan)) {
+        choice.source = Table_choice::Source::curve;
+        choice.curve = parse_curve("linear");
     }
     return choice;
 }
@@ -62,8 +74,12 @@ void plan_input_tables(const Options& options, Correction_plan& plan)
 void plan_output_tables(const Options& options, const Run_context& context,
                         Correction_plan& plan)
 {
-    const Table_choice choice = chosen_output_table(options, context);
+    const Table_choice choice = chosen_output_table(options, context, plan);
     plan.output_table_name = table_name(choice);
+    plan.rounding_table = !options.output_table && !context.built_in_chart && rounds_to_8_bits(options, plan);
+    if (plan.rounding_table) {
+        plan.output_table_name = "rounding to 8 bits";
+    }
     if (choice.source == Table_choice::Source::none) {
         return;
     }
@@ -126,7 +142,8 @@ void plan_clamps(const Options& options, Correction_plan& plan)
 
 void plan_shifts(const Options& options, Correction_plan& plan)
 {
-    // Without an output table an 8-bit output keeps the top byte of the 16-bit result.
+    // Without an output table (only reachable with an explicit --shift for 8-bit output) an
+    // 8-bit output keeps the top byte of the 16-bit result.
     const int default_shift = (!plan.output_tables && plan.output_bits == 8) ? -8 : 0;
     for (std::size_t channel = 0; channel < 3; ++channel) {
         plan.channels[channel].shift = options.shift ? (*options.shift)[channel] : default_shift;
@@ -147,6 +164,25 @@ void check_results_fit_samples(const Correction_plan& plan)
                               "); use a right --shift, a smaller --clamp or an output curve");
         }
     }
+}
+
+bool is_identity(const Matrix& matrix)
+{
+    return matrix == Matrix{1, 0, 0, 0, 1, 0, 0, 0, 1};
+}
+
+// Colours stay what they were when nothing but the depth changes: no input table, identity
+// matrices, the full clamp range, and no output step but the rounding or shift to 8 bits.
+bool correction_keeps_colours(const Options& options, const Correction_plan& plan)
+{
+    const bool only_depth_change =
+        !plan.output_tables ? (plan.output_bits == 16 ? plan.channels[0].shift == 0
+                                                      : plan.channels[0].shift == -8)
+                            : plan.rounding_table;
+    const bool same_shift = plan.channels[0].shift == plan.channels[1].shift &&
+                            plan.channels[1].shift == plan.channels[2].shift;
+    return !plan.input_tables && !options.clamp && only_depth_change && same_shift &&
+           std::all_of(plan.matrices.begin(), plan.matrices.end(), is_identity);
 }
 
 } // namespace
@@ -179,6 +215,7 @@ Correction_plan make_correction_plan(const Options& options, const Run_context& 
     plan_clamps(options, plan);
     plan_shifts(options, plan);
     check_results_fit_samples(plan);
+    plan.keeps_colours = correction_keeps_colours(options, plan);
     return plan;
 }
 

@@ -33,6 +33,8 @@ struct Correction_plan {
     bool scale_appended = false;  // whether matrices[0] is the tool's scale to a small table
     std::array<Channel_settings, 3> channels;
     int output_bits = 16;
+    bool rounding_table = false; // the output table only rounds 16-bit results to 8 bits
+    bool keeps_colours = false;  // nothing but the sample depth changes
     std::string input_table_name;  // "none", a curve name or a file name
     std::string output_table_name;
 };

@@ -15,6 +15,9 @@ struct Image {
     // Significant bits per sample: 8 (values 0..255) or 16 (values 0..65535).
     int sample_bits = 16;
     std::vector<std::uint16_t> samples; // R,G,B of pixel 0, then pixel 1, ...
+    // The embedded ICC profile, byte for byte, or empty. PNG also names it (iCCP chunk).
+    std::vector<std::uint8_t> icc_profile;
+    std::string icc_profile_name;
 
     std::size_t pixel_count() const { return static_cast<std::size_t>(width) * height; }
 };

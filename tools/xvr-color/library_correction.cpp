@@ -1,30 +1,18 @@
 #include "library_correction.hpp"
 
+#include "parallel_tasks.hpp"
 #include "tool_error.hpp"
 
 #include <corvane_xvr_color_processing.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstring>
 
 namespace xvr_color {
 
 namespace {
-
-// Initialisation is matched by a termination even when it reports failure: the library counts
-// both.
-class Library_module {
-public:
-    Library_module() : m_result(nq_color_processing_module_initialize()) {}
-    ~Library_module() { nq_color_processing_module_terminate(); }
-    Library_module(const Library_module&) = delete;
-    Library_module& operator=(const Library_module&) = delete;
-
-    int result() const { return m_result; }
-
-private:
-    int m_result;
-};
 
 class Processor {
 public:
@@ -95,48 +83,79 @@ void configure(void* processor, const Correction_plan& plan)
     }
 }
 
-// One transform call; the library's per-channel arguments run blue, green, red.
+// One transform call over `pixels` pixels; the library's per-channel arguments run blue, green,
+// red.
 template <typename Sample>
-int transform(void* processor, const Correction_plan& plan, const Image& input, Sample* output)
+int transform(void* processor, const Correction_plan& plan, const std::uint16_t* input, Sample* output,
+              std::int32_t pixels)
 {
     const Channel_settings& red = plan.channels[0];
     const Channel_settings& green = plan.channels[1];
     const Channel_settings& blue = plan.channels[2];
-    const int32_t pixels = static_cast<int32_t>(input.pixel_count());
     auto bound = [](int value) { return static_cast<uint16_t>(value); };
     if constexpr (sizeof(Sample) == 1) {
         return nq_color_transform_48_to_24(
-            processor, input.samples.data(), NQ_COLOR_FORMAT_RGB_PIXEL, bound(blue.clamp_min),
+            processor, input, NQ_COLOR_FORMAT_RGB_PIXEL, bound(blue.clamp_min),
             bound(blue.clamp_max), bound(green.clamp_min), bound(green.clamp_max),
             bound(red.clamp_min), bound(red.clamp_max), blue.shift, green.shift, red.shift,
             output, NQ_COLOR_FORMAT_RGB_PIXEL, pixels);
     } else {
         return nq_color_transform_48_to_48(
-            processor, input.samples.data(), NQ_COLOR_FORMAT_RGB_PIXEL, bound(blue.clamp_min),
+            processor, input, NQ_COLOR_FORMAT_RGB_PIXEL, bound(blue.clamp_min),
             bound(blue.clamp_max), bound(green.clamp_min), bound(green.clamp_max),
             bound(red.clamp_min), bound(red.clamp_max), blue.shift, green.shift, red.shift,
             output, NQ_COLOR_FORMAT_RGB_PIXEL, pixels);
     }
 }
 
+// Slices small enough that a thread's scratch buffer stays in its cache and a progress line
+// moves, large enough that a call's fixed cost does not show.
+constexpr std::size_t slice_pixels = 1u << 16;
+
+// Each slice is transformed into a small scratch buffer of its thread and copied back over its
+// own input samples (8-bit results widened): the library needs distinct input and output
+// buffers, but a second image-sized buffer would cost as much fresh memory as the image
+// itself. Passes of --repeat run one after the other; only the last one copies back.
 template <typename Sample>
-void transform_repeatedly(void* processor, const Correction_plan& plan, const Image& input,
-                          int repeat, Correction_result& result)
+void transform_in_place(void* processor, const Correction_plan& plan, Image& image, const Run_settings& settings)
 {
-    std::vector<Sample> output(input.samples.size());
-    const char* call = sizeof(Sample) == 1 ? "nq_color_transform_48_to_24"
-                                           : "nq_color_transform_48_to_48";
-    const auto start = std::chrono::steady_clock::now();
-    for (int run = 0; run < repeat; ++run) {
-        check_code(transform(processor, plan, input, output.data()), call);
+    const std::size_t pixels = image.pixel_count();
+    const std::size_t count = (pixels + slice_pixels - 1) / slice_pixels;
+    const char* call = sizeof(Sample) == 1 ? "nq_color_transform_48_to_24" : "nq_color_transform_48_to_48";
+    const std::size_t total = count * static_cast<std::size_t>(settings.repeat);
+    std::atomic<std::size_t> finished{0};
+    for (int pass = 1; pass <= settings.repeat; ++pass) {
+        const bool last = pass == settings.repeat;
+        run_in_parallel(count, settings.threads, [&](std::size_t index) {
+            thread_local std::vector<Sample> scratch;
+            scratch.resize(3 * slice_pixels);
+            const std::size_t first = index * slice_pixels;
+            const std::size_t length = std::min(slice_pixels, pixels - first);
+            std::uint16_t* samples = image.samples.data() + 3 * first;
+            check_code(transform(processor, plan, samples, scratch.data(), static_cast<std::int32_t>(length)), call);
+            if (last) {
+                std::copy(scratch.begin(), scratch.begin() + static_cast<std::ptrdiff_t>(3 * length), samples);
+            }
+            if (settings.progress) {
+                settings.progress(static_cast<double>(++finished) / static_cast<double>(total));
+            }
+        });
     }
-    const auto end = std::chrono::steady_clock::now();
-    result.seconds = std::chrono::duration<double>(end - start).count();
-    result.transforms = repeat;
-    result.image.width = input.width;
-    result.image.height = input.height;
-    result.image.sample_bits = plan.output_bits;
-    result.image.samples.assign(output.begin(), output.end());
+}
+
+void transform_image(void* processor, const Correction_plan& plan, Image& image, const Run_settings& settings,
+                     Correction_result& result)
+{
+    const auto start = std::chrono::steady_clock::now();
+    if (plan.output_bits == 8) {
+        transform_in_place<std::uint8_t>(processor, plan, image, settings);
+    } else {
+        transform_in_place<std::uint16_t>(processor, plan, image, settings);
+    }
+    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    result.transforms = settings.repeat;
+    image.sample_bits = plan.output_bits;
+    result.image = std::move(image);
 }
 
 } // namespace
@@ -169,24 +188,29 @@ const char* library_code_name(int code)
     }
 }
 
-Correction_result run_correction(const Correction_plan& plan, const Image& input,
-                                 const Vector_choice& vector, int repeat)
+Library_session::Library_session()
 {
-    Library_module module;
-    if (module.result() != NQ_COLOR_NO_ERROR) {
+    const int result = nq_color_processing_module_initialize();
+    if (result != NQ_COLOR_NO_ERROR) {
+        nq_color_processing_module_terminate(); // the library counts failed initialisations too
         throw Tool_error(std::string("the colour library could not be initialised: it could "
                                      "not bind libcorvane_xvr_LUT.so (code ") +
-                         std::to_string(module.result()) + ")");
+                         std::to_string(result) + ")");
     }
-    Processor processor(plan, vector);
+}
+
+Library_session::~Library_session()
+{
+    nq_color_processing_module_terminate();
+}
+
+Correction_result run_correction(const Correction_plan& plan, Image&& input, const Run_settings& settings)
+{
+    Processor processor(plan, settings.vector);
     configure(processor.handle(), plan);
     Correction_result result;
-    result.vector_level = report_vector_level(vector);
-    if (plan.output_bits == 8) {
-        transform_repeatedly<uint8_t>(processor.handle(), plan, input, repeat, result);
-    } else {
-        transform_repeatedly<uint16_t>(processor.handle(), plan, input, repeat, result);
-    }
+    result.vector_level = report_vector_level(settings.vector);
+    transform_image(processor.handle(), plan, input, settings, result);
     return result;
 }
 

@@ -1,43 +1,65 @@
 #include "numbers.hpp"
 
-#include <cerrno>
+#include <charconv>
 #include <cmath>
-#include <cstdlib>
 
 namespace xvr_color {
 
-bool parse_integer(const std::string& text, std::int64_t& value)
+namespace {
+
+// from_chars takes no leading '+', which people do type ("--shift +4").
+std::string_view without_plus(std::string_view text)
 {
-    if (text.empty() || text.size() > 20) {
-        return false;
+    if (text.size() > 1 && text[0] == '+' && text[1] != '-' && text[1] != '+') {
+        text.remove_prefix(1);
     }
-    std::size_t position = (text[0] == '-' || text[0] == '+') ? 1 : 0;
-    if (position == text.size()) {
-        return false;
+    return text;
+}
+
+template <typename Number> Number_parse parse_whole(std::string_view text, Number& value)
+{
+    text = without_plus(text);
+    Number parsed{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), parsed);
+    if (text.empty() || end != text.data() + text.size() ||
+        error == std::errc::invalid_argument) {
+        return Number_parse::not_a_number;
     }
-    for (std::size_t i = position; i < text.size(); ++i) {
-        if (text[i] < '0' || text[i] > '9') {
-            return false;
-        }
-    }
-    errno = 0;
-    long long parsed = std::strtoll(text.c_str(), nullptr, 10);
-    if (errno == ERANGE) {
-        return false;
+    if (error == std::errc::result_out_of_range) {
+        return Number_parse::out_of_range;
     }
     value = parsed;
-    return true;
+    return Number_parse::ok;
+}
+
+} // namespace
+
+Number_parse parse_integer(std::string_view text, std::int64_t& value)
+{
+    return parse_whole(text, value);
+}
+
+Number_parse parse_unsigned(std::string_view text, std::uint64_t& value)
+{
+    if (!text.empty() && (text[0] == '-' || text[0] == '+')) {
+        return Number_parse::not_a_number;
+    }
+    return parse_whole(text, value);
+}
+
+bool parse_integer(const std::string& text, std::int64_t& value)
+{
+    return parse_integer(std::string_view(text), value) == Number_parse::ok;
 }
 
 bool parse_real(const std::string& text, double& value)
 {
-    if (text.empty() || text.find_first_not_of("0123456789+-.eE") != std::string::npos) {
-        return false; // also keeps out strtod's "inf", "nan" and hexadecimal forms
+    // General format only: from_chars would also read "inf", "nan" and hexadecimal digits.
+    if (text.find_first_not_of("0123456789+-.eE") != std::string::npos) {
+        return false;
     }
-    char* end = nullptr;
-    errno = 0;
-    double parsed = std::strtod(text.c_str(), &end);
-    if (end != text.c_str() + text.size() || errno == ERANGE || !std::isfinite(parsed)) {
+    double parsed = 0.0;
+    if (parse_whole(std::string_view(text), parsed) != Number_parse::ok || !std::isfinite(parsed)) {
         return false;
     }
     value = parsed;

@@ -4,9 +4,17 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace xvr_color {
+
+enum class Number_parse { ok, not_a_number, out_of_range };
+
+// Decimal integers with std::from_chars; the unsigned form refuses any sign. A number too large
+// for the type is told apart from text that is no number at all, so a message can say which.
+Number_parse parse_integer(std::string_view text, std::int64_t& value);
+Number_parse parse_unsigned(std::string_view text, std::uint64_t& value);
 
 // Decimal integer with an optional sign; false when the text is anything else or out of range.
 bool parse_integer(const std::string& text, std::int64_t& value);

@@ -16,7 +16,13 @@ std::vector<std::int64_t> parse_integer_list(const std::string& option, const st
     std::vector<std::int64_t> numbers;
     for (const std::string& item : split_values(value)) {
         std::int64_t number = 0;
-        if (!parse_integer(item, number)) {
+        switch (parse_integer(std::string_view(item), number)) {
+        case Number_parse::ok:
+            break;
+        case Number_parse::out_of_range:
+            number = item[0] == '-' ? INT64_MIN : INT64_MAX; // reported by the range check
+            break;
+        case Number_parse::not_a_number:
             throw Usage_error(option + ": '" + item + "' is not an integer");
         }
         numbers.push_back(number);
@@ -147,7 +153,7 @@ int parse_in_range(const std::string& option, const std::string& value, int low,
 {
     std::int64_t number = parse_single_integer(option, value);
     if (number < low || number > high) {
-        throw Usage_error(option + ": " + value + " is out of range (" + std::to_string(low) +
+        throw Usage_error(option + ": " + trim(value) + " is out of range (" + std::to_string(low) +
                           ".." + std::to_string(high) + ")");
     }
     return static_cast<int>(number);
@@ -162,7 +168,49 @@ int parse_output_bits(const std::string& value)
     return static_cast<int>(bits);
 }
 
-// Parses the arguments one by one; options take their value as the next argument or after '='.
+Tiff_compression parse_compression(const std::string& value)
+{
+    if (value == "none") {
+        return Tiff_compression::none;
+    }
+    if (value == "deflate" || value == "zip") {
+        return Tiff_compression::deflate;
+    }
+    if (value == "lzw") {
+        return Tiff_compression::lzw;
+    }
+    throw Usage_error("--compression takes none, deflate or lzw; got '" + value + "'");
+}
+
+Image_file_format parse_format(const std::string& value)
+{
+    if (const auto format = format_named(value)) {
+        return *format;
+    }
+    throw Usage_error("--format takes png, tiff, ppm or pam; got '" + value + "'");
+}
+
+std::string parse_name_pattern(const std::string& value)
+{
+    if (value.find("{name}") == std::string::npos || value.find('/') != std::string::npos) {
+        throw Usage_error("--name needs a file name containing {name} (and no '/'), e.g. "
+                          "'{name}-corrected.{ext}'; got '" + value + "'");
+    }
+    return value;
+}
+
+std::string non_empty(const char* option, const std::string& value)
+{
+    if (value.empty()) {
+        throw Usage_error(std::string(option) + " needs a file name");
+    }
+    return value;
+}
+
+// Parses the arguments one by one, with the usual conventions: a long option takes its value
+// as the next argument or after '=', a short one as the next argument or attached ("-oout.png"),
+// short flags may be grouped ("-qh"), "-" is an operand (standard input or output) and "--"
+// ends the options.
 class Command_line_parser {
 public:
     explicit Command_line_parser(const std::vector<std::string>& arguments)
@@ -172,67 +220,104 @@ public:
 
     Options parse()
     {
+        bool options_ended = false;
         while (m_next < m_arguments.size()) {
             const std::string argument = m_arguments[m_next++];
-            if (argument == "-h" || argument == "--help") {
-                m_options.show_help = true;
-            } else if (argument.size() > 1 && argument[0] == '-') {
-                parse_option(argument);
+            if (options_ended || argument == "-" || argument.empty() || argument[0] != '-') {
+                m_options.inputs.push_back(argument);
+            } else if (argument == "--") {
+                options_ended = true;
+            } else if (argument[1] == '-') {
+                parse_long_option(argument);
             } else {
-                set_input(argument);
+                parse_short_options(argument);
             }
         }
         return m_options;
     }
 
 private:
-    void set_input(const std::string& path)
-    {
-        if (!m_options.input_path.empty()) {
-            throw Usage_error("only one input file can be given (got '" +
-                              m_options.input_path + "' and '" + path + "')");
-        }
-        m_options.input_path = path;
-    }
+    using Handler = std::function<void(Command_line_parser&, const std::string&)>;
+    using Flag = std::function<void(Options&)>;
 
-    std::string take_value(const std::string& name, const std::optional<std::string>& inline_value)
+    std::string next_value(const std::string& name)
     {
-        if (inline_value) {
-            return *inline_value;
-        }
         if (m_next >= m_arguments.size()) {
             throw Usage_error(name + " needs a value (see --help)");
         }
         return m_arguments[m_next++];
     }
 
-    void parse_option(const std::string& argument)
+    void parse_long_option(const std::string& argument)
     {
-        std::string name = argument;
-        std::optional<std::string> inline_value;
-        std::size_t equals = argument.find('=');
-        if (argument.compare(0, 2, "--") == 0 && equals != std::string::npos) {
-            name = argument.substr(0, equals);
-            inline_value = argument.substr(equals + 1);
+        const std::size_t equals = argument.find('=');
+        const std::string name = argument.substr(0, equals);
+        if (const auto flag = flags().find(name); flag != flags().end()) {
+            if (equals != std::string::npos) {
+                throw Usage_error(name + " takes no value");
+            }
+            flag->second(m_options);
+            return;
         }
-        const std::string value_name = name == "-o" ? "--output" : name;
-        auto handler = handlers().find(value_name);
+        const auto handler = handlers().find(name);
         if (handler == handlers().end()) {
             throw Usage_error("unknown option '" + argument + "' (see --help)");
         }
-        handler->second(*this, take_value(name, inline_value));
+        handler->second(*this, equals != std::string::npos ? argument.substr(equals + 1) : next_value(name));
     }
 
-    using Handler = std::function<void(Command_line_parser&, const std::string&)>;
+    void parse_short_options(const std::string& argument)
+    {
+        for (std::size_t i = 1; i < argument.size(); ++i) {
+            const std::string name = "-" + argument.substr(i, 1);
+            if (const auto flag = flags().find(name); flag != flags().end()) {
+                flag->second(m_options);
+                continue;
+            }
+            if (name == "-o") {
+                const std::string rest = argument.substr(i + 1);
+                handlers().at("--output")(*this, rest.empty() ? next_value(name) : rest);
+                return;
+            }
+            throw Usage_error("unknown option '" + name + "'" +
+                              (argument.size() > 2 ? " in '" + argument + "'" : "") + " (see --help)");
+        }
+    }
+
+    static const std::map<std::string, Flag>& flags()
+    {
+        static const std::map<std::string, Flag> table = {
+            {"-h", [](Options& o) { o.show_help = true; }},
+            {"--help", [](Options& o) { o.show_help = true; }},
+            {"--version", [](Options& o) { o.show_version = true; }},
+            {"-q", [](Options& o) { o.quiet = true; }},
+            {"--quiet", [](Options& o) { o.quiet = true; }},
+            {"--in-place", [](Options& o) { o.in_place = true; }},
+            {"--keep-profile", [](Options& o) { o.keep_profile = true; }},
+        };
+        return table;
+    }
 
     static const std::map<std::string, Handler>& handlers()
     {
         static const std::map<std::string, Handler> table = {
             {"--output", [](Command_line_parser& p, const std::string& v) {
-                 if (v.empty()) {
-                     throw Usage_error("--output needs a file name");
-                 }
-                 p.m_options.output_path = v;
+                 p.m_options.output_path = non_empty("--output", v);
+             }},
+            {"--output-dir", [](Command_line_parser& p, const std::string& v) {
+                 p.m_options.output_dir = non_empty("--output-dir", v);
+             }},
+            {"--name", [](Command_line_parser& p, const std::string& v) {
+                 p.m_options.name_pattern = parse_name_pattern(v);
+             }},
+            {"--format", [](Command_line_parser& p, const std::string& v) {
+                 p.m_options.format = parse_format(v);
+             }},
+            {"--compression", [](Command_line_parser& p, const std::string& v) {
+                 p.m_options.tiff_compression = parse_compression(v);
+             }},
+            {"--output-profile", [](Command_line_parser& p, const std::string& v) {
+                 p.m_options.output_profile_path = non_empty("--output-profile", v);
              }},
             {"--matrix", [](Command_line_parser& p, const std::string& v) {
                  p.m_options.matrices.push_back(parse_matrix(v));
@@ -267,6 +352,9 @@ private:
              }},
             {"--vector", [](Command_line_parser& p, const std::string& v) {
                  p.m_options.vector = parse_vector(v);
+             }},
+            {"--threads", [](Command_line_parser& p, const std::string& v) {
+                 p.m_options.threads = static_cast<unsigned>(parse_in_range("--threads", v, 1, 256));
              }},
             {"--repeat", [](Command_line_parser& p, const std::string& v) {
                  p.m_options.repeat = parse_in_range("--repeat", v, 1, 1000000);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "curves.hpp"
+#include "image_files.hpp"
 
 #include <array>
 #include <optional>
@@ -35,8 +36,17 @@ struct Vector_choice {
 
 struct Options {
     bool show_help = false;
-    std::string input_path;  // empty: the built-in test chart
-    std::string output_path; // empty: the chart's default file name (an input needs -o)
+    bool show_version = false;
+    bool quiet = false;            // no summary and no progress line
+    std::vector<std::string> inputs; // none: the built-in test chart; "-": standard input
+    std::string output_path;       // empty: the chart's default file name; "-": standard output
+    std::string output_dir;        // for several inputs: where their outputs go
+    std::string name_pattern = "{name}.{ext}"; // output names in output_dir
+    std::optional<Image_file_format> format;   // output format when no file name says it
+    Tiff_compression tiff_compression = Tiff_compression::none;
+    bool in_place = false;         // an output may replace its input
+    bool keep_profile = false;     // keep the input's ICC profile even when colours change
+    std::string output_profile_path; // embed this ICC profile instead
     std::vector<Matrix> matrices; // in the order given; "identity" adds the identity
     std::optional<Table_choice> input_table;
     std::optional<Table_choice> output_table;
@@ -45,7 +55,10 @@ struct Options {
     std::optional<std::array<int, 3>> shift;          // red, green, blue
     std::optional<int> output_bits;                   // 8 or 16
     Vector_choice vector;
+    unsigned threads = 0; // 0: every processor this process may use
     int repeat = 1;
+
+    bool batch() const { return !output_dir.empty(); }
 };
 
 // Throws Usage_error with a one-line explanation for anything it cannot accept.

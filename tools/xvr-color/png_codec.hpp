@@ -4,6 +4,7 @@
 #pragma once
 
 #include "image.hpp"
+#include "output_file.hpp"
 
 #include <cstdint>
 #include <string>
@@ -17,12 +18,22 @@ void require_png_support();
 // True when the bytes begin with the PNG signature.
 bool looks_like_png(const std::vector<std::uint8_t>& bytes);
 
-// Decodes an RGB PNG of 8 or 16 bits per sample; `name` is used in error messages. Throws
-// Tool_error for a damaged or truncated file, a bit depth other than 8 and 16 and a colour type
-// other than RGB (grey, grey with alpha, RGBA and palette images are refused).
-Image decode_png(const std::vector<std::uint8_t>& bytes, const std::string& name);
+// "lodepng with zlib 1.2.13" or "built without PNG support".
+std::string png_support_description();
 
-// Encodes an RGB PNG with the image's sample depth (8 or 16 bits).
-std::vector<std::uint8_t> encode_png(const Image& image);
+// Decodes an RGB PNG of 8 or 16 bits per sample, with its ICC profile (iCCP); `name` is used in
+// error messages. Throws Tool_error for a damaged or truncated file, a bit depth other than 8
+// and 16 and a colour type other than RGB (grey, grey with alpha, RGBA and palette images are
+// refused), and std::bad_alloc when the decoder runs out of memory.
+// `crc_checked`: the chunks' CRCs have been checked already, the decoder need not.
+Image decode_png(const std::vector<std::uint8_t>& bytes, const std::string& name, bool crc_checked = false);
+
+// Encodes an RGB PNG with the image's sample depth (8 or 16 bits) and ICC profile, compressing
+// on up to `threads` threads.
+std::vector<std::uint8_t> encode_png(const Image& image, unsigned threads = 1);
+
+// The same, written to `output` from the image's own memory (its samples are reordered in place
+// for the encoder, saving a copy of the image).
+void write_png(Output_file& output, Image&& image, unsigned threads);
 
 } // namespace xvr_color

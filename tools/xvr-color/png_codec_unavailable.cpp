@@ -22,12 +22,22 @@ void require_png_support()
     report_missing_png_support("no PNG support");
 }
 
-Image decode_png(const std::vector<std::uint8_t>&, const std::string& name)
+Image decode_png(const std::vector<std::uint8_t>&, const std::string& name, bool)
 {
     report_missing_png_support("cannot read " + name);
 }
 
-std::vector<std::uint8_t> encode_png(const Image&)
+std::string png_support_description()
+{
+    return "built without PNG support";
+}
+
+std::vector<std::uint8_t> encode_png(const Image&, unsigned)
+{
+    report_missing_png_support("cannot write PNG");
+}
+
+void write_png(Output_file&, Image&&, unsigned)
 {
     report_missing_png_support("cannot write PNG");
 }

@@ -82,11 +82,12 @@ std::string describe_correction(const Correction_plan& plan)
            std::to_string(plan.output_bits) + "-bit output";
 }
 
-std::string describe_throughput(std::size_t pixels, int transforms, double seconds)
+std::string describe_throughput(std::size_t pixels, int transforms, double seconds, unsigned threads)
 {
     std::string text = std::to_string(transforms) + (transforms == 1 ? " transform" : " transforms") +
                        " of " + std::to_string(pixels) + " pixels in " +
-                       format_number(seconds * 1000.0, 3) + " ms";
+                       format_number(seconds * 1000.0, 3) + " ms on " + std::to_string(threads) +
+                       (threads == 1 ? " thread" : " threads");
     if (seconds <= 0.0) {
         return text + ": too fast to measure";
     }
@@ -94,10 +95,14 @@ std::string describe_throughput(std::size_t pixels, int transforms, double secon
     return text + ": " + format_number(megapixels / seconds, 1) + " megapixels per second";
 }
 
-std::string describe_output(const std::string& output_path, const Image& image)
+std::string describe_output(const std::string& output_name, const Image& image, Image_file_format format)
 {
-    return "wrote " + output_path + ", " + size_text(image) + ", " +
-           std::to_string(image.sample_bits) + "-bit " + format_name(output_format_for(output_path));
+    std::string text = "wrote " + output_name + ", " + size_text(image) + ", " +
+                       std::to_string(image.sample_bits) + "-bit " + format_name(format);
+    if (!image.icc_profile.empty()) {
+        text += " with an ICC profile";
+    }
+    return text;
 }
 
 } // namespace xvr_color

@@ -4,6 +4,7 @@
 
 #include "correction_plan.hpp"
 #include "image.hpp"
+#include "image_files.hpp"
 
 #include <string>
 #include <vector>
@@ -12,8 +13,9 @@ namespace xvr_color {
 
 std::string describe_input(const std::string& input_path, const Image& image);
 std::string describe_correction(const Correction_plan& plan);
-// "N transforms of P pixels in T ms: X megapixels per second".
-std::string describe_throughput(std::size_t pixels, int transforms, double seconds);
-std::string describe_output(const std::string& output_path, const Image& image);
+// "N transforms of P pixels in T ms on K threads: X megapixels per second". The time is that of
+// the library's transform calls only: reading, decoding, encoding and writing are not in it.
+std::string describe_throughput(std::size_t pixels, int transforms, double seconds, unsigned threads);
+std::string describe_output(const std::string& output_name, const Image& image, Image_file_format format);
 
 } // namespace xvr_color

@@ -15,9 +15,11 @@ struct Vector_level_report {
     int chosen_level = 0; // detected (auto) or forced
     bool sse_library_loaded = false;
     bool avx2_library_loaded = false;
+    bool sse_library_started = false; // loaded and its initialize accepts this processor
+    bool avx2_library_started = false;
 
     // The level whose code runs the bulk of the pixels: 2 or 1 when that vector library is
-    // loaded, else the scalar level 0.
+    // loaded and started, else the scalar level 0.
     int level_in_use() const;
     std::string description() const;
 };
