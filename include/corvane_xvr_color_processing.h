@@ -27,10 +27,14 @@
 
 #include <stdint.h>
 
+/* The library defines NQ_COLOR_API itself, to bind its own references to these calls to its own
+ * definitions; a host leaves it undefined. */
+#ifndef NQ_COLOR_API
 #if defined(__GNUC__)
 #define NQ_COLOR_API __attribute__((visibility("default")))
 #else
 #define NQ_COLOR_API
+#endif
 #endif
 
 #ifdef __cplusplus
