@@ -1,5 +1,7 @@
 #include "color_matrix.hpp"
 
+#include "scalar_engine/x87_arithmetic_scope.hpp"
+
 void set_identity(Color_matrix& matrix)
 {
     for (int element = 0; element < 9; ++element) matrix[element] = 0.0f;
@@ -10,6 +12,8 @@ void set_identity(Color_matrix& matrix)
 
 void append_matrix(Color_matrix& matrix, const float* appended)
 {
+    // Extended precision and round to nearest, whatever the caller's control word.
+    const X87_arithmetic_scope arithmetic;
     // All of A is read before anything is written, so that A may alias M.
     long double a[9];
     for (int element = 0; element < 9; ++element) a[element] = appended[element];

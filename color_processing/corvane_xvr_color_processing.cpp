@@ -3,6 +3,12 @@
 // initialised and the call refuses, logging nothing. Then the handle is tested, then the call
 // acts. Failures are codes, never exceptions, except where a companion library throws inside a
 // transform or module initialisation runs out of memory.
+//
+// The public calls are exported like the loader helpers and the library's objects: protected,
+// so that a host's function of the same name can never stand in for one of them inside the
+// library (modules/exported.hpp).
+#include "modules/exported.hpp"
+#define NQ_COLOR_API NQ_EXPORTED
 #include <corvane_xvr_color_processing.h>
 
 #include "color_correction.hpp"

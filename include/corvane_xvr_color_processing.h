@@ -21,16 +21,44 @@
  * null on failure; each call below says which. Errors are also written as log records through
  * the logger library "libcorvane_xvr_logger.so" when it is present. The header compiles as C99
  * and as C++.
+ *
+ * Hazards a host must know:
+ *   - Lifetime. initialize/terminate pairs must bracket all use of the library: initialise
+ *     before the first call, terminate after the last processor is destroyed. The count keeps
+ *     the module alive through nested pairs, but every terminate releases the binding of the
+ *     table library that all processors use. A balanced pair nested inside another user's
+ *     use (a plug-in that initialises and terminates around its own work while the host's
+ *     processors live) leaves those processors without tables: their next transform, table
+ *     getter or destroy calls an unbound entry point and crashes.
+ *   - Threads. The library starts no thread and the transform path takes no lock.
+ *     initialize and terminate are not thread-safe: call them with no other call of the
+ *     library running. Transforms may run at the same time on distinct processors, and on one
+ *     processor as long as no configuration call (table getters and the writes through their
+ *     pointers, enable, append, clear, destroy) runs on that processor meanwhile. Creation,
+ *     destruction and configuration calls must be serialised by the host.
+ *   - The matrix is single precision. append_matrix takes nine floats and stores the product
+ *     as nine floats: a coefficient computed in double is rounded to float on the way in
+ *     (0.1 becomes 0.100000001490116...), and each append rounds its products to float once.
+ *   - Input tables of fewer than 65536 entries (input_bit_depth below 16) still receive 16-bit
+ *     samples. A sample at or above the table's entry count reads a zero entry, so that channel
+ *     enters the matrix as 0; keep samples below 2^input_bit_depth, or use depth 16.
+ *   - The x87 unit. Transforms and append_matrix compute under the library's own x87 control
+ *     word (64-bit significands, round to nearest, exceptions masked), whatever the calling
+ *     thread set; its control word and exception flags are as they were when the call returns.
  */
 #ifndef CORVANE_XVR_COLOR_PROCESSING_H
 #define CORVANE_XVR_COLOR_PROCESSING_H
 
 #include <stdint.h>
 
+/* The library defines NQ_COLOR_API itself, to bind its own references to these calls to its own
+ * definitions; a host leaves it undefined. */
+#ifndef NQ_COLOR_API
 #if defined(__GNUC__)
 #define NQ_COLOR_API __attribute__((visibility("default")))
 #else
 #define NQ_COLOR_API
+#endif
 #endif
 
 #ifdef __cplusplus
@@ -80,7 +108,9 @@ typedef enum NQ_COLOR_FORMAT {
  * terminate. initialize returns NQ_COLOR_NO_ERROR, or NQ_COLOR_MODULE_NOT_INITIALIZED when the
  * table library "libcorvane_xvr_LUT.so" could not be bound (no processor may then be created).
  * A missing logger library is not an error: nothing is logged. terminate always returns
- * NQ_COLOR_NO_ERROR; processors must be destroyed before the last terminate. */
+ * NQ_COLOR_NO_ERROR; processors must be destroyed before the last terminate, and every terminate
+ * releases the table binding that live processors use (see the hazards above). Neither call is
+ * thread-safe. */
 NQ_COLOR_API int nq_color_processing_module_initialize(void);
 NQ_COLOR_API int nq_color_processing_module_terminate(void);
 
@@ -99,8 +129,9 @@ NQ_COLOR_API int nq_color_destroy_color_processor(void* color_processor_handle);
 
 /* The live storage of one table, valid until the processor is destroyed: the same pointer on
  * every call. Fill it, then enable the table. An input entry contributes its low 16 bits; an
- * output entry is used whole, as a signed 32-bit value. Null when the module is not initialised
- * or the handle is null. */
+ * output entry is used whole, as a signed 32-bit value. Write only the 2^depth entries: a
+ * sample at or above an input table's entry count reads a zero entry (see the hazards above).
+ * Null when the module is not initialised or the handle is null. */
 NQ_COLOR_API int32_t* nq_color_get_blue_input_LUT(void* color_processor_handle);
 NQ_COLOR_API int32_t* nq_color_get_green_input_LUT(void* color_processor_handle);
 NQ_COLOR_API int32_t* nq_color_get_red_input_LUT(void* color_processor_handle);

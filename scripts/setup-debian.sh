@@ -4,6 +4,8 @@
 # and the script goes on with whatever it can install.
 set -u
 
+# g++-multilib brings the 32-bit run-times of the address and undefined-behaviour sanitizers
+# that the sanitized build of .ci/run links; valgrind brings memcheck and helgrind.
 packages=(g++-multilib ccache cmake ninja-build pkg-config binutils googletest valgrind patchelf)
 # The command-line tool reads and writes PNG through lodepng; its 32-bit library comes from the
 # i386 architecture, which has to be enabled first.

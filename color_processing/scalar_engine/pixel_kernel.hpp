@@ -2,9 +2,10 @@
 // template parameter, so each instance runs only the operations its parameters ask for.
 //
 // A kernel works in blocks: it computes the three rounded sums of a block of pixels into an
-// array of doubles (round-to-nearest, the host's control word), converts the block to integers
-// under a single switch to truncation, then clamps, looks up, shifts and stores the block. The
-// first and last steps are the stages of pixel_stages.hpp.
+// array of doubles, converts the block to integers under a single switch to truncation, then
+// clamps, looks up, shifts and stores the block. The first and last steps are the stages of
+// pixel_stages.hpp. Kernels run only inside the X87_arithmetic_scope that the dispatch takes
+// for each call, so the sums have 64-bit significands and round to nearest.
 #pragma once
 
 #include "pixel_stages.hpp"

@@ -6,6 +6,7 @@
 #include "scalar_process.hpp"
 
 #include "kernel_family_units.hpp"
+#include "x87_arithmetic_scope.hpp"
 
 #define NQ_KERNEL_UNIT NQ_DECLARE_KERNEL_UNIT
 #include "kernel_family_units.inc"
@@ -14,6 +15,9 @@
 template <typename T>
 void scalar_process(const Transform_arguments<T>& arguments, int start)
 {
+    // Once per call, around every kernel: sums with 64-bit significands rounded to nearest,
+    // whatever the caller's control word, which is given back afterwards.
+    const X87_arithmetic_scope arithmetic;
     // The shifter states are computed temporaries and travel down the levels as rvalues; the
     // record, its fourth-channel flag and its output format travel by reference.
     var_to_template<Scalar_process_callback, 12u, std::tuple<>>::impl<void>(

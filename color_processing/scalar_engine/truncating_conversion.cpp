@@ -21,11 +21,18 @@ __attribute__((noinline)) void convert_to_int32_truncating(const double* values,
     // With the invalid-operation exception masked (the default), fistp stores the integer
     // indefinite 0x80000000 for NaN and out-of-range values. Three values a step (one pixel's
     // channels) keep the loop overhead off the conversions.
+    // The triple is addressed through two base registers rather than six memory operands:
+    // where registers are scarce (frame pointer kept, PIC register, sanitizer instrumentation)
+    // the compiler cannot form six independent addresses.
     int k = 0;
     for (; k + 3 <= count; k += 3) {
-        asm volatile("fldl %3\n\tfistpl %0\n\tfldl %4\n\tfistpl %1\n\tfldl %5\n\tfistpl %2"
-                     : "=m"(results[k]), "=m"(results[k + 1]), "=m"(results[k + 2])
-                     : "m"(values[k]), "m"(values[k + 1]), "m"(values[k + 2])
+        using Value_triple = const double[3];
+        using Result_triple = int32_t[3];
+        asm volatile("fldl (%2)\n\tfistpl (%1)\n\tfldl 8(%2)\n\tfistpl 4(%1)\n\t"
+                     "fldl 16(%2)\n\tfistpl 8(%1)"
+                     : "=m"(*reinterpret_cast<Result_triple*>(results + k))
+                     : "r"(results + k), "r"(values + k),
+                       "m"(*reinterpret_cast<Value_triple*>(values + k))
                      : "st");
     }
     for (; k < count; ++k) {

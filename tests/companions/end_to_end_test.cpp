@@ -112,4 +112,33 @@ TEST(Core_with_real_companions, fills_and_applies_real_tables_and_logs_the_notic
         << timing->message;
 }
 
+// Samples are 16-bit whatever the input tables' size: one at or above a table's entry count reads
+// the zero that the table library keeps there, so the channel enters the matrix as 0. Run under
+// the address sanitizer, this also shows that the read stays inside the table's memory.
+TEST(Core_with_real_companions, samples_past_a_small_input_table_enter_the_matrix_as_zero)
+{
+    ASSERT_EQ(nq_color_processing_module_initialize(), NQ_COLOR_NO_ERROR);
+    void* processor = nq_color_create_color_processor(4, 16);
+    ASSERT_NE(processor, nullptr);
+    std::int32_t* (*const getters[3])(void*) = {
+        nq_color_get_blue_input_LUT, nq_color_get_green_input_LUT, nq_color_get_red_input_LUT};
+    for (auto getter : getters) {
+        for (int v = 0; v < 16; ++v) getter(processor)[v] = 1000 + 7 * v;
+    }
+    ASSERT_EQ(nq_color_enable_input_LUTs(processor, 1, 1, 1), NQ_COLOR_NO_ERROR);
+    const std::vector<std::uint16_t> samples = {0, 15, 16, 17, 255, 4096, 65535};
+    std::vector<std::uint16_t> input, output(3 * samples.size(), 0xBEEF), expected;
+    for (std::uint16_t sample : samples) {
+        input.insert(input.end(), 3, sample);
+        expected.insert(expected.end(), 3, static_cast<std::uint16_t>(sample < 16 ? 1000 + 7 * sample : 0));
+    }
+    ASSERT_EQ(nq_color_transform_48_to_48(processor, input.data(), NQ_COLOR_FORMAT_BGR_PIXEL, 0, 65535, 0,
+                                          65535, 0, 65535, 0, 0, 0, output.data(),
+                                          NQ_COLOR_FORMAT_BGR_PIXEL, static_cast<std::int32_t>(samples.size())),
+              NQ_COLOR_NO_ERROR);
+    EXPECT_EQ(output, expected);
+    EXPECT_EQ(nq_color_destroy_color_processor(processor), NQ_COLOR_NO_ERROR);
+    nq_color_processing_module_terminate();
+}
+
 }  // namespace

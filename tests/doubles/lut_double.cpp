@@ -1,6 +1,7 @@
 // Stand-in for "libcorvane_xvr_LUT.so": owns real tables and records its calls in the probe.
 // Tables are numbered #1, #2, ... in creation order (per probe reset) and start filled with
-// 0x5A5A5A5A, so that a table the core forgot to clear shows. Settings (probe keys):
+// 0x5A5A5A5A, so that a table the core forgot to clear shows; like the real library, every table
+// reaches index 65535 and one AVX2 vector beyond, zeroed past its entries. Settings (probe keys):
 //   lut.create_throws_at       the creation with this number throws
 //   lut.create_throws_other    that creation throws std::invalid_argument, not std::bad_alloc
 // Built in variants that lack "nq_LUT_module_terminate" (NQ_WITHOUT_TERMINATE) or
@@ -9,6 +10,7 @@
 
 #include <corvane_xvr_LUT.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <new>
 #include <set>
@@ -51,8 +53,8 @@ LUT_handle nq_create_LUT_test(int entries, bool avx2_flag)
     const int number = nq_probe_next_number("lut.tables");
     nq_probe_event("lut.create #%d %d %d", number, entries, avx2_flag ? 1 : 0);
     throw_if_chosen(number);
-    auto* table = new nq_LUT_table{number, std::vector<int32_t>(static_cast<std::size_t>(entries),
-                                                             unset_entry)};
+    auto* table = new nq_LUT_table{number, std::vector<int32_t>(65536 + 8, 0)};
+    std::fill_n(table->entries.begin(), entries, unset_entry);
     live_tables().insert(table);
     return table;
 }

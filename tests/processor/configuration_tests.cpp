@@ -2,6 +2,7 @@
 // record that the SSE double receives (the processors run at vector level 1).
 #include "processor_test_support.hpp"
 
+#include <climits>
 #include <cmath>
 #include <functional>
 
@@ -68,9 +69,11 @@ TEST_F(Processor_configuration, NullHandleIsLoggedByEachCallAtItsOwnLine)
     }
 }
 
+// Any non-zero int enables, also one whose low byte is zero: the flag is the int's truth, not a
+// narrowing of it.
 TEST_F(Processor_configuration, EnableCallsSetAllThreeFlagsFromAnyInteger)
 {
-    EXPECT_EQ(nq_color_enable_input_LUTs(m_processor, 5, 0, -1), NQ_COLOR_NO_ERROR);
+    EXPECT_EQ(nq_color_enable_input_LUTs(m_processor, 256, 0, INT_MIN), NQ_COLOR_NO_ERROR);
     EXPECT_EQ(nq_color_enable_output_LUTs(m_processor, 0, 65536, 0), NQ_COLOR_NO_ERROR);
     const auto record = sse_record_of(m_processor);
     EXPECT_EQ((std::vector<bool>{record.blue_input_LUT_enabled, record.green_input_LUT_enabled,

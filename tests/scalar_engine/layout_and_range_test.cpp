@@ -1,14 +1,13 @@
 // Worked cases of the pipeline, independent of the reference: the range of pixels a call
 // touches (beyond what the sweep reaches: counts of several blocks, starts past the end, counts
-// of 0 and below), the layouts, flag bytes other than 1, and what the output table, the shift
-// and the narrowing do to the final value. The sweep covers the rest against the reference.
+// of 0 and below), the layouts, and what the output table, the shift and the narrowing do to the
+// final value. The sweep covers the rest against the reference.
 #include "transform_case.hpp"
 
 #include "scalar_engine/scalar_process.hpp"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <numeric>
 #include <vector>
 
@@ -88,19 +87,6 @@ TEST(Layouts, RgbInputIsReadRedFirst)
     scalar_process(test.for_engine(), 0);
     EXPECT_EQ(std::vector<unsigned char>(test.engine_output.begin(), test.engine_output.begin() + 4),
               (std::vector<unsigned char>{10, 20, 30, Transform_case<unsigned char>::sentinel}));
-}
-
-TEST(Dispatch, AnyNonZeroFlagByteAppliesTheTable)
-{
-    Table_set tables(65536);
-    for (auto& entry : tables.tables[0]) entry = 4321;
-    Transform_case<unsigned short> test(1, tables);
-    test.input = {5, 6, 7};
-    const unsigned char flag_byte = 0x5A;
-    std::memcpy(&test.arguments.blue_input_LUT_enabled, &flag_byte, 1);
-    scalar_process(test.for_engine(), 0);
-    EXPECT_EQ(test.engine_output[0], 4321);
-    EXPECT_EQ(test.engine_output[1], 6);
 }
 
 // A single pixel whose three channels are `value` before the output table and the shift.

@@ -4,9 +4,16 @@
  *
  * A table is an array of 32-bit entries that this library allocates, zeroes and owns. The
  * caller fills and reads it in place through the pointer of nq_get_LUT_data. Every table is
- * aligned to NQ_LUT_ALIGNMENT bytes and followed by zeroed padding of at least one vector of
- * its reader (16 bytes, or 32 when created for an AVX2 reader), so a vector loop may load a
- * whole vector that starts at or past the last entry without leaving the allocation.
+ * aligned to NQ_LUT_ALIGNMENT bytes (it starts a page).
+ *
+ * Readers index tables with 16-bit samples and check nothing, so whatever its entry count a
+ * table is backed by zeroed, readable memory for every index from 0 to 65535 and for one
+ * vector of its reader beyond index 65535 (16 bytes, or 32 when created for an AVX2 reader).
+ * Reading index i of a table of n entries, n <= i <= 65535, gives 0: an input table of 2^k
+ * entries maps every sample from 2^k up to 0, and a vector loop may load a whole vector that
+ * starts at or past the last entry. Only the table's own entries may be written; the memory
+ * past the pages they occupy is read-only and stays zero. Untouched pages cost no physical
+ * memory, but every table takes 256 KiB and one page of address space.
  *
  * This header is C++ only: nq_create_LUT_test reports failure by throwing a C++ exception,
  * which a C caller could not catch. The functions have C linkage so that the colour-processing
@@ -41,7 +48,7 @@ enum : std::int32_t {
     NQ_LUT_MAX_ENTRIES = 65536,
     /* Every table's first entry lies on a boundary of this many bytes (one cache line). */
     NQ_LUT_ALIGNMENT = 64,
-    /* Zeroed bytes guaranteed after the last entry, by the creation flag. */
+    /* Zeroed, readable bytes guaranteed after index 65535, by the creation flag. */
     NQ_LUT_PADDING_BYTES = 16,
     NQ_LUT_AVX2_PADDING_BYTES = 32
 };

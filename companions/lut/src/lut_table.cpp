@@ -2,10 +2,10 @@
 
 #include "table_layout.hpp"
 
-#include <cstring>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <sys/mman.h>
 
 namespace {
 
@@ -16,21 +16,32 @@ namespace {
                                 "65536 entries");
 }
 
-std::int32_t* allocate_zeroed_table(int entries, bool avx2_reader)
+// Readers index every table with 16-bit samples and check nothing, so a table smaller than
+// 65536 entries is backed by memory for all of them. Anonymous pages read as zero and cost no
+// physical memory until written; the part past the table's own pages is mapped read-only, so
+// that it stays zero: a sample beyond the table always reads the entry 0.
+std::int32_t* map_zeroed_table(int entries, std::size_t mapped_bytes)
 {
-    const std::size_t bytes = table_layout::padded_table_bytes(entries, avx2_reader);
-    void* memory = std::aligned_alloc(table_layout::alignment_bytes, bytes);
-    if (memory == nullptr) throw std::bad_alloc();
-    // The padding is cleared too: a vector reader that loads past the last entry then sees
-    // zeros instead of whatever the allocator left there.
-    std::memset(memory, 0, bytes);
+    void* memory = mmap(nullptr, mapped_bytes, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) throw std::bad_alloc();
+    if (mprotect(memory, table_layout::writable_table_bytes(entries), PROT_READ | PROT_WRITE) != 0) {
+        munmap(memory, mapped_bytes);
+        throw std::bad_alloc();
+    }
     return static_cast<std::int32_t*>(memory);
 }
 
 }  // namespace
 
-LUT_table::LUT_table(int entries, bool avx2_reader) : m_entries(), m_entry_count(entries)
+LUT_table::LUT_table(int entries, bool avx2_reader)
+    : m_entries(nullptr), m_mapped_bytes(table_layout::mapped_table_bytes(avx2_reader)),
+      m_entry_count(entries)
 {
     if (!table_layout::is_valid_entry_count(entries)) refuse_entry_count(entries);
-    m_entries.reset(allocate_zeroed_table(entries, avx2_reader));
+    m_entries = map_zeroed_table(entries, m_mapped_bytes);
+}
+
+LUT_table::~LUT_table()
+{
+    munmap(m_entries, m_mapped_bytes);
 }

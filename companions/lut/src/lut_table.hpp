@@ -1,25 +1,26 @@
-// One look-up table: zeroed, aligned, padded storage of 32-bit entries that lives as long as
-// the object and never moves.
+// One look-up table: zeroed, page-aligned storage of 32-bit entries that lives as long as the
+// object and never moves. Behind the entries the memory stays mapped, zeroed and readable up to
+// index 65535 and one reader vector beyond (table_layout.hpp).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 
 class LUT_table {
 public:
     // Throws std::invalid_argument for an entry count that is not a power of two from 1 to
     // 65536, std::bad_alloc when the memory cannot be had.
     LUT_table(int entries, bool avx2_reader);
+    ~LUT_table();
 
-    std::int32_t* data() const noexcept { return m_entries.get(); }
+    LUT_table(const LUT_table&) = delete;
+    LUT_table& operator=(const LUT_table&) = delete;
+
+    std::int32_t* data() const noexcept { return m_entries; }
     std::int32_t entry_count() const noexcept { return m_entry_count; }
 
 private:
-    struct Free_deleter {
-        void operator()(std::int32_t* entries) const noexcept { std::free(entries); }
-    };
-
-    std::unique_ptr<std::int32_t[], Free_deleter> m_entries;
+    std::int32_t* m_entries;
+    std::size_t m_mapped_bytes;
     std::int32_t m_entry_count;
 };
