@@ -5,12 +5,14 @@
 #include "modules/shared_library.hpp"
 #include "vector_capability.hpp"
 
+#include <corvane_xvr_color_processing_vector.h>
+
 namespace xvr_color {
 
 namespace {
 
-constexpr const char* sse_library_file = "libcorvane_xvr_color_processing_vector_sse.so";
-constexpr const char* avx2_library_file = "libcorvane_xvr_color_processing_vector_avx2.so";
+constexpr const char* sse_library_file = "lib" NQ_VECTOR_SSE_MODULE_NAME ".so";
+constexpr const char* avx2_library_file = "lib" NQ_VECTOR_AVX2_MODULE_NAME ".so";
 
 bool is_loaded(const char* file_name)
 {
@@ -23,8 +25,8 @@ bool is_loaded(const char* file_name)
 bool starts(const char* file_name, const char* initialize_name, const char* terminate_name)
 {
     const Shared_library library = Shared_library::find_loaded(file_name);
-    int (*initialize)() = nullptr;
-    void (*terminate)() = nullptr;
+    nq_vector_module_initialize_function* initialize = nullptr;
+    nq_vector_module_terminate_function* terminate = nullptr;
     if (!library || !library.bind(initialize, initialize_name) || !library.bind(terminate, terminate_name)) {
         return false;
     }
@@ -99,10 +101,10 @@ Vector_level_report report_vector_level(const Vector_choice& choice)
     report.chosen_level = choice.automatic ? detect_vector_level() : choice.level;
     report.sse_library_loaded = is_loaded(sse_library_file);
     report.avx2_library_loaded = is_loaded(avx2_library_file);
-    report.sse_library_started = starts(sse_library_file, "nq_color_processing_vector_sse_module_initialize",
-                                        "nq_color_processing_vector_sse_module_terminate");
-    report.avx2_library_started = starts(avx2_library_file, "nq_color_processing_vector_avx2_module_initialize",
-                                         "nq_color_processing_vector_avx2_module_terminate");
+    report.sse_library_started =
+        starts(sse_library_file, NQ_VECTOR_SSE_INITIALIZE_NAME, NQ_VECTOR_SSE_TERMINATE_NAME);
+    report.avx2_library_started =
+        starts(avx2_library_file, NQ_VECTOR_AVX2_INITIALIZE_NAME, NQ_VECTOR_AVX2_TERMINATE_NAME);
     return report;
 }
 
