@@ -7,7 +7,7 @@
 #include "modules/xvr_log_object.hpp"
 #include "modules/xvr_timer.hpp"
 
-#include "probe_queries.hpp"
+#include "companion_probe.hpp"
 
 #include <gtest/gtest.h>
 

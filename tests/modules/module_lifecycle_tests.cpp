@@ -4,7 +4,7 @@
 #include <corvane_xvr_color_processing.h>
 
 #include "modules/logger.hpp"
-#include "probe_queries.hpp"
+#include "companion_probe.hpp"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ using Events = std::vector<std::string>;
 const std::string get_log = "logger.get_log CORVANE_XVR_COLOR_PROCESSING|";
 const std::string free_log = "logger.free_log CORVANE_XVR_COLOR_PROCESSING|";
 
-int count(const std::string& event) { return nq_probe_count_events(event.c_str()); }
+int count(const std::string& event) { return nq_probe_count_events(event); }
 
 // Calls that each write a record when there is a log: a notice, a timing and a null handle.
 void make_logged_calls()

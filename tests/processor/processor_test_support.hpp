@@ -2,7 +2,7 @@
 // logger and vector doubles received.
 #pragma once
 
-#include "probe_queries.hpp"
+#include "companion_probe.hpp"
 #include "public_calls.hpp"
 #include "scalar_engine/transform_arguments.hpp"
 
@@ -85,7 +85,7 @@ template <typename T = unsigned short>
 Transform_arguments<T> recorded_record(const std::string& kind)
 {
     Transform_arguments<T> record{};
-    EXPECT_TRUE(probe_kept((kind + (sizeof(T) == 1 ? ".record_8" : ".record_16")).c_str(), record));
+    EXPECT_TRUE(probe_kept(kind + (sizeof(T) == 1 ? ".record_8" : ".record_16"), record));
     return record;
 }
 
