@@ -14,18 +14,11 @@ macro(fail description)
     math(EXPR failures "${failures} + 1")
 endmacro()
 
-function(run_or_fail description)
-    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE error)
-    if(NOT result EQUAL 0)
-        message(FATAL_ERROR "${description} failed (${result}):\n${output}\n${error}")
-    endif()
-    set(run_output "${output}" PARENT_SCOPE)
-endfunction()
+include("${CMAKE_CURRENT_LIST_DIR}/../install_helpers.cmake")
 
 set(prefix "${WORK_DIR}/prefix")
 set(runtime_prefix "${WORK_DIR}/runtime_only")
-file(REMOVE_RECURSE "${WORK_DIR}")
-run_or_fail("cmake --install" "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
+install_build("${prefix}")
 run_or_fail("cmake --install --component Runtime"
     "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${runtime_prefix}" --component Runtime)
 

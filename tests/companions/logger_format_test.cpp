@@ -73,15 +73,9 @@ TEST(Timestamps, are_utc_with_microseconds)
     EXPECT_EQ(format_utc_time(at_microseconds(951782400LL * 1000000 + 999999)), "2000-02-29T00:00:00.999999Z");
 }
 
-TEST(Record_line, carries_every_field_in_order_and_escapes_control_characters)
+// The fields in order are checked on the records the library writes to a file.
+TEST(Record_line, escapes_control_characters_in_every_field)
 {
-    const Log_record record{XVR_LOG_PRIORITY_INFO, "color_processing/color_correction.cpp", 114,
-                            "transform", "ERROR:  The input buffer is NULL!"};
-    EXPECT_EQ(format_record_line("CORVANE_XVR_COLOR_PROCESSING", record,
-                                 at_microseconds(1700000000LL * 1000000 + 5), 4242),
-              "2023-11-14T22:13:20.000005Z INFO CORVANE_XVR_COLOR_PROCESSING [4242] "
-              "color_processing/color_correction.cpp:114 transform: "
-              "ERROR:  The input buffer is NULL!\n");
     const Log_record awkward{XVR_LOG_PRIORITY_WARNING, "a\nb.cpp", 1, "f\r",
                              "two\nlines\ttab\x01\x7f end \xc3\xa9"};
     EXPECT_EQ(format_record_line("MOD\n", awkward, at_microseconds(0), 1),

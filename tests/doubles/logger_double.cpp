@@ -5,7 +5,7 @@
 //   logger.free_log_throws       xvr_free_log throws std::runtime_error
 // Built in variants that lack xvr_log (NQ_WITHOUT_XVR_LOG) or xvr_get_log
 // (NQ_WITHOUT_XVR_GET_LOG).
-#include "companion_probe.h"
+#include "companion_probe.hpp"
 
 #include <corvane_xvr_logger.h>
 
@@ -34,7 +34,7 @@ int xvr_log(void* log, int priority, const char* file, int line, const char* fun
             const char* message)
 {
     if (log != &the_log) nq_probe_event("logger.log with a foreign handle");
-    nq_probe_add_log_record(priority, file, line, function, message);
+    nq_probe_add_log_record({priority, file, line, function, message});
     return 0;
 }
 #endif

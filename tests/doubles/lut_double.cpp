@@ -6,7 +6,7 @@
 //   lut.create_throws_other    that creation throws std::invalid_argument, not std::bad_alloc
 // Built in variants that lack "nq_LUT_module_terminate" (NQ_WITHOUT_TERMINATE) or
 // "nq_LUT_transform_16" (NQ_WITHOUT_TRANSFORM_16).
-#include "companion_probe.h"
+#include "companion_probe.hpp"
 
 #include <corvane_xvr_LUT.h>
 

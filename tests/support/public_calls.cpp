@@ -25,6 +25,10 @@ const Transform_kind transform_kinds[4] = {
     {"nq_color_transform_48_to_24", 1, 3, run<uint8_t, nq_color_transform_48_to_24>},
 };
 
+const Table_getter table_getters[6] = {
+    nq_color_get_blue_input_LUT,  nq_color_get_green_input_LUT,  nq_color_get_red_input_LUT,
+    nq_color_get_blue_output_LUT, nq_color_get_green_output_LUT, nq_color_get_red_output_LUT};
+
 std::ostream& operator<<(std::ostream& stream, const Transform_call& c)
 {
     return stream << "(processor " << c.processor << ", input " << c.input << ", format "
@@ -53,12 +57,9 @@ void* make_busy_processor(int input_depth, int output_depth, int vector_level, u
                                              input_depth, output_depth, vector_level);
     if (processor == nullptr) return nullptr;
     std::mt19937 random(seed);
-    int32_t* (*const getters[6])(void*) = {
-        nq_color_get_blue_input_LUT,  nq_color_get_green_input_LUT,  nq_color_get_red_input_LUT,
-        nq_color_get_blue_output_LUT, nq_color_get_green_output_LUT, nq_color_get_red_output_LUT};
     for (int table = 0; table < 6; ++table) {
         const int entries = 1 << (table < 3 ? input_depth : output_depth);
-        int32_t* data = getters[table](processor);
+        int32_t* data = table_getters[table](processor);
         for (int entry = 0; entry < entries; ++entry) data[entry] = static_cast<int32_t>(random());
     }
     const float matrix[9] = {0.8f, 0.15f, 0.05f, -0.1f, 1.2f, -0.1f, 0.02f, 0.3f, 0.68f};

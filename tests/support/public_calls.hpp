@@ -1,5 +1,6 @@
-// What the robustness tests share: the four transforms behind one signature, one call's
-// arguments (printable, so that a failure names the call), and the module held for a test.
+// What the tests of the public calls share: the four transforms behind one signature, one
+// call's arguments (printable, so that a failure names the call), the six table getters, and
+// the module held for a test.
 #pragma once
 
 #include <corvane_xvr_color_processing.h>
@@ -37,6 +38,14 @@ struct Transform_kind {
 
 // 48_to_48, 48_to_64, 48_to_32, 48_to_24.
 extern const Transform_kind transform_kinds[4];
+inline const Transform_kind& to_48 = transform_kinds[0];
+inline const Transform_kind& to_64 = transform_kinds[1];
+inline const Transform_kind& to_32 = transform_kinds[2];
+inline const Transform_kind& to_24 = transform_kinds[3];
+
+// Blue, green, red input tables, then blue, green, red output tables.
+using Table_getter = int32_t* (*)(void*);
+extern const Table_getter table_getters[6];
 
 // Initialised for the scope of one test; a processor made in it must be destroyed in it.
 class Initialised_library {
