@@ -10,6 +10,7 @@
 
 #include <smmintrin.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -24,6 +25,23 @@ inline void store_4_bytes(void* destination, __m128i v)
 {
     const int32_t low = _mm_cvtsi128_si32(v);
     std::memcpy(destination, &low, sizeof low);
+}
+
+// The low 16 bits of a table's entry, read as a 16-bit load (the entries are little-endian).
+inline int low_16_bits_of_entry(const LUT_entry* table, uint32_t index)
+{
+    uint16_t low;
+    std::memcpy(&low, table + index, sizeof low);
+    return low;
+}
+
+// The whole entries of a table at four indices, each inserted straight from the table.
+[[gnu::always_inline]] inline __m128i four_entries(const int32_t* indices, const LUT_entry* table)
+{
+    __m128i v = _mm_cvtsi32_si128(table[indices[0]]);
+    v = _mm_insert_epi32(v, table[indices[1]], 1);
+    v = _mm_insert_epi32(v, table[indices[2]], 2);
+    return _mm_insert_epi32(v, table[indices[3]], 3);
 }
 
 }  // namespace lanes_128
@@ -50,6 +68,33 @@ struct Lanes_128 {
                           _mm_shuffle_epi8(second, lanes_128::pattern(channel_of_last_pixels[1])));
         c2 = _mm_or_si128(_mm_shuffle_epi8(first, lanes_128::pattern(channel_of_first_pixels[2])),
                           _mm_shuffle_epi8(second, lanes_128::pattern(channel_of_last_pixels[2])));
+    }
+
+    // Samples first[0], first[stride], first[2 * stride], first[3 * stride], each inserted
+    // straight from memory: no sample is read that the scalar engine would not read.
+    [[gnu::always_inline]] static Lanes four_samples(const uint16_t* first, std::size_t stride)
+    {
+        Lanes v = _mm_cvtsi32_si128(first[0]);
+        v = _mm_insert_epi16(v, first[stride], 2);
+        v = _mm_insert_epi16(v, first[2 * stride], 4);
+        return _mm_insert_epi16(v, first[3 * stride], 6);
+    }
+
+    // The same samples through an input table: the low 16 bits of each one's entry, the only
+    // bits of it the matrix uses, inserted straight from the table.
+    [[gnu::always_inline]] static Lanes four_through_table(const uint16_t* first, std::size_t stride,
+                                                           const LUT_entry* table)
+    {
+        using lanes_128::low_16_bits_of_entry;
+        Lanes v = _mm_cvtsi32_si128(low_16_bits_of_entry(table, first[0]));
+        v = _mm_insert_epi16(v, low_16_bits_of_entry(table, first[stride]), 2);
+        v = _mm_insert_epi16(v, low_16_bits_of_entry(table, first[2 * stride]), 4);
+        return _mm_insert_epi16(v, low_16_bits_of_entry(table, first[3 * stride]), 6);
+    }
+
+    [[gnu::always_inline]] static Lanes look_up(const int32_t* indices, const LUT_entry* table)
+    {
+        return lanes_128::four_entries(indices, table);
     }
 
     static Lanes low_16_bits(Lanes v) { return _mm_blend_epi16(v, _mm_setzero_si128(), 0xAA); }
