@@ -76,10 +76,10 @@ struct Finish_constants {
 
 // --- table look-ups ---------------------------------------------------------------------------
 //
-// Each look-up inserts the table's entry straight from memory into a vector lane: on the
-// processors these libraries are written for, a scalar index load and an insert from memory beat
-// a vector gather, and unlike a pass that writes the entries back into the block they cost no
-// store and no reload.
+// Each look-up loads the table's entry on its own into a vector register, and the entries of four
+// pixels are joined there (lanes_128.hpp): on the processors these libraries are written for, a
+// scalar index load and a vector load beat a vector gather, and unlike a pass that writes the
+// entries back into the block they cost no store and no reload.
 
 // The samples of one channel of Sums::width pixels from pixel i on, through its input table
 // when APPLIED. CHANNEL is 0 for blue, 1 for green, 2 for red.
