@@ -3,6 +3,8 @@
 // processors; detect_vector_level() feeds it the real instruction.
 #pragma once
 
+#include "cpuid_bits.hpp"
+
 #include <cstdint>
 
 struct Cpuid_registers {
@@ -11,14 +13,6 @@ struct Cpuid_registers {
     uint32_t ecx;
     uint32_t edx;
 };
-
-namespace cpuid_bit {
-constexpr uint32_t leaf_1_ecx_sse4_1 = 1u << 19;
-constexpr uint32_t leaf_1_ecx_fma = 1u << 12;
-constexpr uint32_t leaf_1_edx_sse = 1u << 25;
-constexpr uint32_t leaf_1_edx_sse2 = 1u << 26;
-constexpr uint32_t leaf_7_ebx_avx2 = 1u << 5;
-}  // namespace cpuid_bit
 
 // Vector level 0 (scalar only), 1 (SSE library) or 2 (AVX2 library). read_leaf(leaf) returns
 // the registers of that leaf, sub-leaf 0.

@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace processor_bit;
+using namespace cpuid_bit;
 
 constexpr uint32_t sse41_ecx = leaf_1_ecx_sse3 | leaf_1_ecx_ssse3 | leaf_1_ecx_sse4_1;
 constexpr uint32_t all_ecx =

@@ -26,7 +26,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <utility>
 
 namespace pixel_pipeline {
@@ -77,72 +76,35 @@ struct Finish_constants {
 
 // --- table look-ups ---------------------------------------------------------------------------
 //
-// Look-ups are scalar passes over a block: on the processors these libraries are written for,
-// a scalar load per value beats a vector gather, and the passes keep the vector loops free of
-// table accesses. Counts are multiples of four.
+// Each look-up loads the table's entry on its own into a vector register, and the entries of four
+// pixels are joined there (lanes_128.hpp): on the processors these libraries are written for, a
+// scalar index load and a vector load beat a vector gather, and unlike a pass that writes the
+// entries back into the block they cost no store and no reload.
 
-// The low 16 bits of an input table's entry, read as a 16-bit load (the entries are
-// little-endian) instead of a load and a mask.
-inline uint32_t low_16_bits_of_entry(const LUT_entry* table, uint32_t index)
+// The samples of one channel of Sums::width pixels from pixel i on, through its input table
+// when APPLIED. CHANNEL is 0 for blue, 1 for green, 2 for red.
+template <typename Sums, int INPUT_FORMAT, int CHANNEL, bool APPLIED>
+[[gnu::always_inline]] inline typename Sums::Lanes channel_lanes(const Sums_inputs& in, std::size_t i,
+                                                                 const LUT_entry* table)
 {
-    uint16_t low;
-    std::memcpy(&low, table + index, sizeof low);
-    return low;
-}
-
-// One channel's samples of a block, straight from the input buffer (sample i at
-// first[STRIDE * i]), through the channel's input table when APPLIED.
-template <std::size_t STRIDE, bool APPLIED>
-inline void samples_into_block(const uint16_t* first, std::size_t begin, int32_t count, const LUT_entry* table,
-                               int32_t* values)
-{
-    const uint16_t* samples = first + STRIDE * begin;
-    for (int32_t k = 0; k < count; k += 4) {
-        for (int32_t j = k; j < k + 4; ++j) {
-            const uint32_t sample = samples[STRIDE * static_cast<std::size_t>(j)];
-            values[j] = static_cast<int32_t>(APPLIED ? low_16_bits_of_entry(table, sample) : sample);
-        }
-    }
-    static_cast<void>(table);
-}
-
-// Replaces each value of a block by its whole output-table entry.
-template <bool APPLIED>
-inline void look_up_block(int32_t* values, int32_t count, const LUT_entry* table)
-{
-    if constexpr (APPLIED) {
-        for (int32_t k = 0; k < count; k += 4) {
-            const int32_t e0 = table[values[k]], e1 = table[values[k + 1]];
-            const int32_t e2 = table[values[k + 2]], e3 = table[values[k + 3]];
-            values[k] = e0;
-            values[k + 1] = e1;
-            values[k + 2] = e2;
-            values[k + 3] = e3;
-        }
-    } else {
-        static_cast<void>(values);
-        static_cast<void>(count);
+    constexpr bool interleaved = INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL || INPUT_FORMAT == NQ_COLOR_FORMAT_RGB_PIXEL;
+    if constexpr (interleaved) {
+        constexpr int position = INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL ? CHANNEL : 2 - CHANNEL;
+        const uint16_t* first = in.input + 3 * i + position;
+        if constexpr (APPLIED) return Sums::four_through_table(first, 3, table);
         static_cast<void>(table);
+        return Sums::four_samples(first, 3);
+    } else {
+        const uint16_t* first = in.input + CHANNEL * in.plane + i;
+        if constexpr (APPLIED) return Sums::four_through_table(first, 1, table);
+        static_cast<void>(table);
+        return Sums::load_plane(first);
     }
 }
 
 // --- sums stage ------------------------------------------------------------------------------
 
-// The samples of one channel of a block, through its input table when APPLIED. CHANNEL is 0
-// for blue, 1 for green, 2 for red.
-template <int INPUT_FORMAT, int CHANNEL, bool APPLIED>
-inline void channel_into_block(const Sums_inputs& in, std::size_t begin, int32_t count, const LUT_entry* table,
-                               int32_t* values)
-{
-    if constexpr (INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL || INPUT_FORMAT == NQ_COLOR_FORMAT_RGB_PIXEL) {
-        constexpr int position = INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL ? CHANNEL : 2 - CHANNEL;
-        samples_into_block<3, APPLIED>(in.input + position, begin, count, table, values);
-    } else {
-        samples_into_block<1, APPLIED>(in.input + CHANNEL * in.plane, begin, count, table, values);
-    }
-}
-
-// ...or straight as doubles.
+// All three channels of Sums::width pixels straight as doubles, when no input table applies.
 template <typename Sums, int INPUT_FORMAT>
 inline void load_input_doubles(const Sums_inputs& in, std::size_t i, typename Sums::Doubles& blue,
                                typename Sums::Doubles& green, typename Sums::Doubles& red)
@@ -211,16 +173,11 @@ __attribute__((noinline)) void compute_block_sums(const Sums_inputs& in, const M
 {
     const Sums_inputs inputs = in;  // a local copy, which the block's stores cannot alias
     if constexpr (BLUE_INPUT_LUT || GREEN_INPUT_LUT || RED_INPUT_LUT) {
-        // Each channel's samples into the block, through its table, then the matrix from the
-        // block.
-        const std::size_t first = static_cast<std::size_t>(begin);
-        channel_into_block<INPUT_FORMAT, 0, BLUE_INPUT_LUT>(inputs, first, count, inputs.blue_input_LUT, block.blue);
-        channel_into_block<INPUT_FORMAT, 1, GREEN_INPUT_LUT>(inputs, first, count, inputs.green_input_LUT, block.green);
-        channel_into_block<INPUT_FORMAT, 2, RED_INPUT_LUT>(inputs, first, count, inputs.red_input_LUT, block.red);
         for (int32_t k = 0; k < count; k += Sums::width) {
-            const auto b = Sums::to_doubles(Sums::load_lanes(block.blue + k));
-            const auto g = Sums::to_doubles(Sums::load_lanes(block.green + k));
-            const auto r = Sums::to_doubles(Sums::load_lanes(block.red + k));
+            const std::size_t i = static_cast<std::size_t>(begin + k);
+            const auto b = Sums::to_doubles(channel_lanes<Sums, INPUT_FORMAT, 0, BLUE_INPUT_LUT>(inputs, i, inputs.blue_input_LUT));
+            const auto g = Sums::to_doubles(channel_lanes<Sums, INPUT_FORMAT, 1, GREEN_INPUT_LUT>(inputs, i, inputs.green_input_LUT));
+            const auto r = Sums::to_doubles(channel_lanes<Sums, INPUT_FORMAT, 2, RED_INPUT_LUT>(inputs, i, inputs.red_input_LUT));
             store_matrix_product<Sums, TIER>(matrix, r, g, b, block, k);
         }
     } else {
@@ -252,6 +209,17 @@ inline typename Finish::Lanes shifted(typename Finish::Lanes value, const Channe
     return value;
 }
 
+// One channel's values of Finish::width pixels from the block: the output table's entries at
+// them when APPLIED (the block then holds clamped values, always within the table), otherwise
+// the values themselves.
+template <typename Finish, bool APPLIED>
+[[gnu::always_inline]] inline typename Finish::Lanes output_lanes(const int32_t* values, const LUT_entry* table)
+{
+    if constexpr (APPLIED) return Finish::look_up(values, table);
+    static_cast<void>(table);
+    return Finish::load_lanes(values);
+}
+
 template <typename Finish, int OUTPUT_FORMAT, bool FOURTH_CHANNEL, typename T>
 inline void store_output(T* output, std::size_t plane, std::size_t i, typename Finish::Lanes blue,
                          typename Finish::Lanes green, typename Finish::Lanes red)
@@ -278,20 +246,17 @@ __attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& o
     const std::size_t plane = out.plane;
     constexpr bool any_output_LUT = BLUE_OUTPUT_LUT || GREEN_OUTPUT_LUT || RED_OUTPUT_LUT;
     if constexpr (any_output_LUT) {
-        // Clamped values into the block, through the tables in place, then shift and store.
+        // The clamped values into the block: they are the tables' indices.
         for (int32_t k = 0; k < count; k += Finish::width) {
             Finish::store_lanes(block.blue + k, clamped(Finish::load_lanes(block.blue + k), out.blue));
             Finish::store_lanes(block.green + k, clamped(Finish::load_lanes(block.green + k), out.green));
             Finish::store_lanes(block.red + k, clamped(Finish::load_lanes(block.red + k), out.red));
         }
-        look_up_block<BLUE_OUTPUT_LUT>(block.blue, count, out.blue.output_LUT);
-        look_up_block<GREEN_OUTPUT_LUT>(block.green, count, out.green.output_LUT);
-        look_up_block<RED_OUTPUT_LUT>(block.red, count, out.red.output_LUT);
     }
     for (int32_t k = 0; k < count; k += Finish::width) {
-        typename Finish::Lanes blue = Finish::load_lanes(block.blue + k);
-        typename Finish::Lanes green = Finish::load_lanes(block.green + k);
-        typename Finish::Lanes red = Finish::load_lanes(block.red + k);
+        typename Finish::Lanes blue = output_lanes<Finish, BLUE_OUTPUT_LUT>(block.blue + k, out.blue.output_LUT);
+        typename Finish::Lanes green = output_lanes<Finish, GREEN_OUTPUT_LUT>(block.green + k, out.green.output_LUT);
+        typename Finish::Lanes red = output_lanes<Finish, RED_OUTPUT_LUT>(block.red + k, out.red.output_LUT);
         if constexpr (!any_output_LUT) {
             blue = clamped(blue, out.blue);
             green = clamped(green, out.green);

@@ -99,6 +99,12 @@ struct Lanes_256 {
     static Shift_count shift_count(int bits) { return _mm_cvtsi32_si128(bits); }
     static Lanes low_16_bits(Lanes v) { return _mm256_blend_epi16(v, _mm256_setzero_si256(), 0xAA); }
 
+    [[gnu::always_inline]] static Lanes look_up(const int32_t* indices, const LUT_entry* table)
+    {
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(lanes_128::four_entries(indices, table)),
+                                       lanes_128::four_entries(indices + 4, table), 1);
+    }
+
     static Lanes load_lanes(const int32_t* values) { return _mm256_load_si256(reinterpret_cast<const __m256i*>(values)); }
     static void store_lanes(int32_t* values, Lanes v) { _mm256_store_si256(reinterpret_cast<__m256i*>(values), v); }
     static Lanes min(Lanes a, Lanes b) { return _mm256_min_epi32(a, b); }

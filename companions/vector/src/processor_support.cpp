@@ -4,7 +4,7 @@
 
 namespace {
 
-using namespace processor_bit;
+using namespace cpuid_bit;
 
 constexpr uint32_t sse41_leaf_1_edx = leaf_1_edx_mmx | leaf_1_edx_sse | leaf_1_edx_sse2;
 constexpr uint32_t sse41_leaf_1_ecx = leaf_1_ecx_sse3 | leaf_1_ecx_ssse3 | leaf_1_ecx_sse4_1;

@@ -6,6 +6,8 @@
 // including those that cannot execute a single instruction of its pixel code.
 #pragma once
 
+#include "cpuid_bits.hpp"
+
 #include <cstdint>
 
 enum class Vector_isa { sse41, avx2 };
@@ -28,23 +30,6 @@ struct Processor_answers {
     uint64_t xcr0;
 };
 
-namespace processor_bit {
-constexpr uint32_t leaf_1_edx_mmx = 1u << 23;
-constexpr uint32_t leaf_1_edx_sse = 1u << 25;
-constexpr uint32_t leaf_1_edx_sse2 = 1u << 26;
-constexpr uint32_t leaf_1_ecx_sse3 = 1u << 0;
-constexpr uint32_t leaf_1_ecx_ssse3 = 1u << 9;
-constexpr uint32_t leaf_1_ecx_fma = 1u << 12;
-constexpr uint32_t leaf_1_ecx_sse4_1 = 1u << 19;
-constexpr uint32_t leaf_1_ecx_sse4_2 = 1u << 20;
-constexpr uint32_t leaf_1_ecx_popcnt = 1u << 23;
-constexpr uint32_t leaf_1_ecx_osxsave = 1u << 27;
-constexpr uint32_t leaf_1_ecx_avx = 1u << 28;
-constexpr uint32_t leaf_7_ebx_avx2 = 1u << 5;
-constexpr uint64_t xcr0_xmm_state = 1u << 1;
-constexpr uint64_t xcr0_ymm_state = 1u << 2;
-}  // namespace processor_bit
-
 // True when every extension that the library's compiler flags allow is present (for AVX2 also
 // enabled by the operating system, which saves the YMM registers only when XCR0 says so).
 bool processor_supports(Vector_isa isa, const Processor_answers& answers);
@@ -65,7 +50,7 @@ Processor_answers read_processor_answers(Has_cpuid&& has_cpuid, Read_leaf&& read
     answers.leaf_1_ecx = leaf_1.ecx;
     answers.leaf_1_edx = leaf_1.edx;
     if (answers.highest_leaf >= 7u) answers.leaf_7_ebx = read_leaf(7u).ebx;
-    if ((answers.leaf_1_ecx & processor_bit::leaf_1_ecx_osxsave) != 0) answers.xcr0 = read_xcr0();
+    if ((answers.leaf_1_ecx & cpuid_bit::leaf_1_ecx_osxsave) != 0) answers.xcr0 = read_xcr0();
     return answers;
 }
 
