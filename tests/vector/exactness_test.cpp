@@ -4,11 +4,9 @@
 // pixels each call claims; transforms on two threads at once after repeated initialisation; and
 // buffers and tables against inaccessible pages.
 #include "direct_calls.hpp"
+#include "guarded_memory.hpp"
 
 #include <gtest/gtest.h>
-
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <limits>
@@ -91,33 +89,6 @@ void write_mxcsr(unsigned value)
     asm volatile("ldmxcsr %0" : : "m"(value));
 }
 
-// A copy of `bytes` bytes that ends at an inaccessible page (AT_END) or starts at one.
-class Guarded_copy {
-public:
-    Guarded_copy(const void* data, std::size_t bytes, bool at_end)
-    {
-        const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-        const std::size_t usable = (bytes / page + 1) * page;
-        m_length = usable + 2 * page;
-        m_base = static_cast<uint8_t*>(mmap(nullptr, m_length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        mprotect(m_base, page, PROT_NONE);
-        mprotect(m_base + page + usable, page, PROT_NONE);
-        m_data = at_end ? m_base + page + usable - bytes : m_base + page;
-        std::memcpy(m_data, data, bytes);
-    }
-    ~Guarded_copy() { munmap(m_base, m_length); }
-    Guarded_copy(const Guarded_copy&) = delete;
-    Guarded_copy& operator=(const Guarded_copy&) = delete;
-
-    template <typename T>
-    T* as() const { return reinterpret_cast<T*>(m_data); }
-
-private:
-    uint8_t* m_base;
-    uint8_t* m_data;
-    std::size_t m_length;
-};
-
 template <typename T>
 void check_guarded(const Vector_library& library, const Options& o, const std::vector<uint16_t>& pixels, int32_t n,
                    const Tables& tables, const std::array<const LUT_entry*, 6>& guarded_tables, bool at_end)
@@ -125,12 +96,12 @@ void check_guarded(const Vector_library& library, const Options& o, const std::v
     const float matrix[9] = {0.9f, 0.05f, 0.05f, 0.1f, 0.8f, 0.1f, 0.0f, 0.3f, 0.7f};
     std::vector<T> expected(output_samples(o, n));
     scalar_process(record_for<T>(o, pixels.data(), matrix, pointers(tables), n, expected.data()), 0);
-    const Guarded_copy input(pixels.data(), 3 * static_cast<std::size_t>(n) * sizeof(uint16_t), at_end);
-    const Guarded_copy output(expected.data(), expected.size() * sizeof(T), at_end);
-    std::memset(output.as<T>(), 0x5A, expected.size() * sizeof(T));
-    const auto record = record_for<T>(o, input.as<uint16_t>(), matrix, guarded_tables, n, output.as<T>());
+    const Guarded_memory input(pixels.data(), 3 * static_cast<std::size_t>(n) * sizeof(uint16_t), at_end);
+    const Guarded_memory output(expected.data(), expected.size() * sizeof(T), at_end);
+    std::memset(output.copy<T>(), 0x5A, expected.size() * sizeof(T));
+    const auto record = record_for<T>(o, input.copy<uint16_t>(), matrix, guarded_tables, n, output.copy<T>());
     scalar_process(record, library.transform(record));
-    EXPECT_EQ(std::memcmp(output.as<T>(), expected.data(), expected.size() * sizeof(T)), 0) << describe(o) << ", " << n;
+    EXPECT_EQ(std::memcmp(output.copy<T>(), expected.data(), expected.size() * sizeof(T)), 0) << describe(o) << ", " << n;
 }
 
 class Vector_library_test : public testing::TestWithParam<int> {
@@ -232,11 +203,11 @@ TEST_P(Vector_library_test, NoAccessOutsideBuffersAndTablesInAnyLayout)
 {
     Sample_source source(11u);
     for (const bool at_end : {true, false}) {
-        std::vector<std::unique_ptr<Guarded_copy>> guarded;
+        std::vector<std::unique_ptr<Guarded_memory>> guarded;
         std::array<const LUT_entry*, 6> guarded_tables{};
         for (std::size_t t = 0; t < 6; ++t) {
-            guarded.push_back(std::make_unique<Guarded_copy>(tables[t].data(), 65536 * sizeof(LUT_entry), at_end));
-            guarded_tables[t] = guarded.back()->as<LUT_entry>();
+            guarded.push_back(std::make_unique<Guarded_memory>(tables[t].data(), 65536 * sizeof(LUT_entry), at_end));
+            guarded_tables[t] = guarded.back()->copy<LUT_entry>();
         }
         for (int layouts = 0; layouts < 36; ++layouts) {
             for (const int32_t n : {1, 3, 5, 7, 9, 19, 37, 255}) {
