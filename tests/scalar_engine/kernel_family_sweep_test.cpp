@@ -2,6 +2,7 @@
 // combinations are read from the build's list of kernel units (that the list holds each unit
 // once, the link and the check of the dispatch's top show).
 #include "reference_pipeline.hpp"
+#include "sample_source.hpp"
 #include "transform_case.hpp"
 
 #include "scalar_engine/scalar_process.hpp"
@@ -10,7 +11,6 @@
 
 #include <array>
 #include <limits>
-#include <random>
 #include <sstream>
 #include <vector>
 
@@ -77,14 +77,9 @@ std::string describe(const Combination& c)
     return text.str();
 }
 
-class Sweep {
+class Sweep : public Sample_source {
 public:
-    explicit Sweep(uint32_t seed) : m_random(seed) {}
-
-    int32_t uniform(int32_t low, int32_t high)
-    {
-        return std::uniform_int_distribution<int32_t>(low, high)(m_random);
-    }
+    using Sample_source::Sample_source;
 
     // Format 0 is also written as values the dispatch must take as 0.
     NQ_COLOR_FORMAT format_value(int format)
@@ -105,16 +100,9 @@ public:
     template <typename T>
     void fill(Transform_case<T>& test, const Combination& c, int matrix_index)
     {
-        const std::size_t n = test.input.size() / 3;
-        for (std::size_t i = 0; i < n; ++i) {
-            // A third of the pixels are grey, where the adversarial matrix cancels.
-            const bool grey = uniform(0, 2) == 0;
-            const uint16_t grey_value = random_sample();
-            for (int channel = 0; channel < 3; ++channel) {
-                test.input[reference::position(c.input_format, channel, i, n, 3)] =
-                    grey ? grey_value : random_sample();
-            }
-        }
+        const int32_t n = static_cast<int32_t>(test.input.size() / 3);
+        test.input = pixels(n, c.input_format);
+        test.input.resize(3 * static_cast<std::size_t>(n));
         test.matrix = matrices[static_cast<std::size_t>(matrix_index)];
         Transform_arguments<T>& a = test.arguments;
         a.input_buffer_format = format_value(c.input_format);
@@ -133,36 +121,6 @@ public:
         clamp_bounds(a.green_clamp_min, a.green_clamp_max);
         clamp_bounds(a.red_clamp_min, a.red_clamp_max);
     }
-
-    void fill_tables(Table_set& table_set)
-    {
-        for (auto& table : table_set.tables) {
-            for (auto& entry : table) entry = static_cast<LUT_entry>(m_random());
-        }
-    }
-
-    uint16_t random_sample()
-    {
-        const int32_t pick = uniform(0, 9);
-        return static_cast<uint16_t>(pick == 0 ? 0 : pick == 1 ? 65535 : uniform(0, 65535));
-    }
-
-private:
-    void clamp_bounds(uint16_t& min, uint16_t& max)
-    {
-        const int32_t pick = uniform(0, 3);
-        if (pick == 0) {
-            min = 0;
-            max = 65535;
-            return;
-        }
-        const int32_t a = uniform(0, 65535);
-        const int32_t b = uniform(0, 65535);
-        min = static_cast<uint16_t>(a < b ? a : b);
-        max = static_cast<uint16_t>(a < b ? b : a);
-    }
-
-    std::mt19937 m_random;
 };
 
 template <typename T>
@@ -172,8 +130,8 @@ void sweep_all_combinations(uint32_t seed)
     // Distinct tables per channel catch a table applied to the wrong channel; identical input
     // tables keep grey pixels grey through the input stage.
     Table_set distinct_tables, same_input_tables;
-    sweep.fill_tables(distinct_tables);
-    sweep.fill_tables(same_input_tables);
+    sweep.fill_tables(distinct_tables.tables);
+    sweep.fill_tables(same_input_tables.tables);
     same_input_tables.tables[1] = same_input_tables.tables[2] = same_input_tables.tables[0];
     const std::vector<Combination> combinations = combinations_of(sizeof(T));
     for (int index = 0; index < static_cast<int>(combinations.size()); ++index) {

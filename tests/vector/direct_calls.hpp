@@ -44,12 +44,9 @@ using Tables = std::array<std::vector<LUT_entry>, 6>;
 
 inline Tables random_tables(uint32_t seed)
 {
-    std::mt19937 random(seed);
     Tables tables;
-    for (auto& table : tables) {
-        table.resize(65536);
-        for (auto& entry : table) entry = static_cast<int32_t>(random());
-    }
+    for (auto& table : tables) table.resize(65536);
+    Sample_source(seed).fill_tables(tables);
     return tables;
 }
 
