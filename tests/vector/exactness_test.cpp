@@ -3,6 +3,7 @@
 // bounds, counts around the step width, under the MXCSR states a caller may leave, and how many
 // pixels each call claims; transforms on two threads at once after repeated initialisation; and
 // buffers and tables against inaccessible pages.
+#include "control_words.hpp"
 #include "direct_calls.hpp"
 #include "guarded_memory.hpp"
 
@@ -76,18 +77,6 @@ std::vector<uint16_t> make_pixels(Pixels kind, int32_t n, int format, Sample_sou
 // denormals-are-zero; upward with exceptions unmasked (a NaN sum would trap) and flags set;
 // downward.
 constexpr unsigned caller_mxcsr[] = {0x1F80, 0xFFC0, 0x5F3F, 0x3FA1};
-
-unsigned read_mxcsr()
-{
-    unsigned value = 0;
-    asm volatile("stmxcsr %0" : "=m"(value));
-    return value;
-}
-
-void write_mxcsr(unsigned value)
-{
-    asm volatile("ldmxcsr %0" : : "m"(value));
-}
 
 template <typename T>
 void check_guarded(const Vector_library& library, const Options& o, const std::vector<uint16_t>& pixels, int32_t n,
