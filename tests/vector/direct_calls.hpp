@@ -57,22 +57,16 @@ Transform_arguments<T> record_for(const Options& o, const uint16_t* input, const
 {
     const int32_t distances[3] = {0, 7, -9};
     Transform_arguments<T> a{};
+    apply_options(o, a);
     a.input_buffer = input;
-    a.input_buffer_format = static_cast<NQ_COLOR_FORMAT>(o.input_format);
     a.blue_input_LUT = tables[0], a.green_input_LUT = tables[1], a.red_input_LUT = tables[2];
-    a.blue_input_LUT_enabled = o.input_LUT[0], a.green_input_LUT_enabled = o.input_LUT[1];
-    a.red_input_LUT_enabled = o.input_LUT[2];
     a.matrix = matrix;
     a.blue_clamp_max = a.green_clamp_max = a.red_clamp_max = 65535;
     a.blue_output_LUT = tables[3], a.green_output_LUT = tables[4], a.red_output_LUT = tables[5];
-    a.blue_output_LUT_enabled = o.output_LUT[0], a.green_output_LUT_enabled = o.output_LUT[1];
-    a.red_output_LUT_enabled = o.output_LUT[2];
     a.blue_shift_distance = distances[o.shift_state[0]];
     a.green_shift_distance = distances[o.shift_state[1]];
     a.red_shift_distance = distances[o.shift_state[2]];
     a.output_buffer = output;
-    a.output_buffer_format = static_cast<NQ_COLOR_FORMAT>(o.output_format);
-    a.fourth_channel_enabled = o.fourth_channel;
     a.pixel_count = pixel_count;
     return a;
 }
