@@ -34,19 +34,15 @@ TEST(Guard_pages, NoTransformReadsOrWritesPastItsBuffers)
         for (int32_t input_format = 0; input_format < 3; ++input_format) {
             for (int32_t output_format = 0; output_format < 3; ++output_format) {
                 for (int32_t n = 1; n <= most_pixels; ++n) {
-                    Transform_call call;
                     const std::size_t output_bytes = kind.output_bytes(n);
                     auto* input = reinterpret_cast<uint16_t*>(input_pages.placed(3 * 2 * n));
                     std::memcpy(input, samples.data(), 3 * 2 * n);
-                    call.input = input;
+                    std::vector<uint8_t> expected(output_bytes);
+                    Transform_call call = call_of(scalar_processor, input, expected.data(), n);
                     call.input_format = input_format;
                     call.output_format = output_format;
                     call.clamp_max[0] = call.clamp_max[1] = call.clamp_max[2] = 4095;
                     call.shift[1] = -4;
-                    call.pixel_count = n;
-                    std::vector<uint8_t> expected(output_bytes);
-                    call.processor = scalar_processor;
-                    call.output = expected.data();
                     ASSERT_EQ(kind.run(call), NQ_COLOR_NO_ERROR) << kind.name << call;
                     call.processor = processor;
                     call.output = output_pages.placed(output_bytes);
