@@ -317,17 +317,6 @@ TEST_F(XvrColor, CompanionLibrariesThatCannotBeFoundAreNamedAndHelpNeedsNone)
 
 namespace {
 
-// A little image with some structure, so that compression and slicing have work to do.
-Image gradient(std::uint32_t width, std::uint32_t height, int bits)
-{
-    Image image = make_blank_image(width, height, bits);
-    const std::uint32_t top = bits == 8 ? 255 : 65535;
-    for (std::size_t i = 0; i < image.samples.size(); ++i) {
-        image.samples[i] = static_cast<std::uint16_t>((i * 7919 + (i / 3) * 13) % (top + 1));
-    }
-    return image;
-}
-
 std::vector<std::uint8_t> fake_icc_profile(std::uint8_t mark)
 {
     std::vector<std::uint8_t> profile(200, mark);
