@@ -124,10 +124,8 @@ TEST(Core_with_real_companions, samples_past_a_small_input_table_enter_the_matri
         input.insert(input.end(), 3, sample);
         expected.insert(expected.end(), 3, static_cast<std::uint16_t>(sample < 16 ? 1000 + 7 * sample : 0));
     }
-    Transform_call call;
-    call.processor = processor, call.input = input.data(), call.output = output.data();
-    call.pixel_count = static_cast<std::int32_t>(samples.size());
-    ASSERT_EQ(to_48.run(call), NQ_COLOR_NO_ERROR);
+    const auto pixels = static_cast<std::int32_t>(samples.size());
+    ASSERT_EQ(to_48.run(call_of(processor, input.data(), output.data(), pixels)), NQ_COLOR_NO_ERROR);
     EXPECT_EQ(output, expected);
     EXPECT_EQ(nq_color_destroy_color_processor(processor), NQ_COLOR_NO_ERROR);
     nq_color_processing_module_terminate();

@@ -15,6 +15,8 @@ namespace {
 
 int the_log;  // its address is the one log handle this double hands out
 
+const Probe_load_announcer announcer("logger");
+
 }  // namespace
 
 extern "C" {
@@ -46,13 +48,3 @@ void xvr_free_log(const char* module_name, const char* secondary_name)
 }
 
 }  // extern "C"
-
-__attribute__((constructor)) static void announce_load()
-{
-    nq_probe_event("logger.loaded");
-}
-
-__attribute__((destructor)) static void announce_unload()
-{
-    nq_probe_event("logger.unloaded");
-}

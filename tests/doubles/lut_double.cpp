@@ -39,6 +39,8 @@ void throw_if_chosen(int number)
     throw std::bad_alloc();
 }
 
+const Probe_load_announcer announcer("lut");
+
 }  // namespace
 
 extern "C" {
@@ -95,13 +97,3 @@ void nq_LUT_module_terminate()
 #endif
 
 }  // extern "C"
-
-__attribute__((constructor)) static void announce_load()
-{
-    nq_probe_event("lut.loaded");
-}
-
-__attribute__((destructor)) static void announce_unload()
-{
-    nq_probe_event("lut.unloaded");
-}

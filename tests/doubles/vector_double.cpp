@@ -38,6 +38,8 @@ int answer(const Transform_arguments<T>& record, const char* entry, const char* 
     return nq_probe_setting(key("transform_result"), 0);
 }
 
+const Probe_load_announcer announcer(kind);
+
 }  // namespace
 
 extern "C" {
@@ -66,13 +68,3 @@ void NQ_ENTRY(nq_color_processing_vector_, _module_terminate)()
 }
 
 }  // extern "C"
-
-__attribute__((constructor)) static void announce_load()
-{
-    nq_probe_event("%s.loaded", kind);
-}
-
-__attribute__((destructor)) static void announce_unload()
-{
-    nq_probe_event("%s.unloaded", kind);
-}

@@ -1,6 +1,7 @@
 // Whatever x87 control word the calling thread runs with (every precision control setting,
 // every rounding mode, every exception unmasked), transforms and matrix products give the bytes
 // they give under the default word, and the caller's word is as it was when they return.
+#include "control_words.hpp"
 #include "processor_test_support.hpp"
 
 #include <cmath>
@@ -8,27 +9,15 @@
 
 namespace {
 
-uint16_t control_word()
-{
-    uint16_t word;
-    asm volatile("fnstcw %0" : "=m"(word));
-    return word;
-}
-
-void load_control_word(uint16_t word)
-{
-    asm volatile("fnclex\n\tfldcw %0" : : "m"(word));
-}
-
 // Runs `call` under `word` and answers the word found when it returned.
 template <typename Call>
 uint16_t word_after(uint16_t word, Call call)
 {
-    const uint16_t test_word = control_word();
-    load_control_word(word);
+    const uint16_t test_word = x87_control_word();
+    load_x87_control_word(word);
     call();
-    const uint16_t after = control_word();
-    load_control_word(test_word);
+    const uint16_t after = x87_control_word();
+    load_x87_control_word(test_word);
     return after;
 }
 

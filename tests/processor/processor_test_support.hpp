@@ -18,17 +18,6 @@ using Events = std::vector<std::string>;
 const char* const interface_file = "color_processing/corvane_xvr_color_processing.cpp";
 const char* const processor_file = "color_processing/color_correction.cpp";
 
-// A valid call of `pixel_count` pixels.
-inline Transform_call call_of(void* processor, const uint16_t* input, void* output, int32_t pixel_count)
-{
-    Transform_call call;
-    call.processor = processor;
-    call.input = input;
-    call.output = output;
-    call.pixel_count = pixel_count;
-    return call;
-}
-
 // Each test starts from a fresh journal with the module initialised; the processors it made
 // with make() are destroyed before the module is terminated.
 class Initialised_module : public testing::Test {

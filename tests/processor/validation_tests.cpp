@@ -1,6 +1,6 @@
-// The records of the transforms' argument validation, and that a refused call writes nothing.
-// Which code each combination of arguments gets, in which order the checks run, and that no
-// call writes out of turn, the fuzzer (tests/robustness) shows against its own model.
+// The records of the transforms' argument validation. Which code each combination of arguments
+// gets, in which order the checks run, and that a refused call writes nothing, the fuzzer
+// (tests/robustness) shows against its own model.
 #include "processor_test_support.hpp"
 
 #include <array>
@@ -8,8 +8,6 @@
 #include <ostream>
 
 namespace {
-
-constexpr uint16_t untouched = 0xEEEE;
 
 struct Validation_case {
     const char* name;
@@ -61,15 +59,14 @@ class Transform_validation : public Initialised_module,
 
 }  // namespace
 
-TEST_P(Transform_validation, AnswersWithItsCodeAndRecordsAndWritesNothing)
+TEST_P(Transform_validation, AnswersWithItsCodeAndRecords)
 {
     const Validation_case& validation = GetParam();
     void* processor = make(8, 12, 0);
     const auto& enabled = validation.output_LUTs_enabled;
     ASSERT_EQ(nq_color_enable_output_LUTs(processor, enabled[0], enabled[1], enabled[2]), NQ_COLOR_NO_ERROR);
     const uint16_t input[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
-    uint16_t output[12];
-    std::fill(std::begin(output), std::end(output), untouched);
+    uint16_t output[12] = {};
     Transform_call call = call_of(processor, input, output, 3);
     validation.change(call);
 
@@ -80,7 +77,6 @@ TEST_P(Transform_validation, AnswersWithItsCodeAndRecordsAndWritesNothing)
     expect_timing_record(records[1], "color processing transform 48 to 48");
     // A refused call fetches no table and calls no vector library.
     EXPECT_TRUE(probe_events_starting_with("lut.").empty());
-    for (uint16_t sample : output) EXPECT_EQ(sample, untouched);
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, Transform_validation, testing::ValuesIn(validation_cases),

@@ -36,15 +36,11 @@ void run_calls(void* processor, Thread_work& work, int thread)
 {
     for (int k = 0; k < calls_per_thread; ++k) {
         const Transform_kind& kind = transform_kinds[(k + thread) % 4];
-        Transform_call call;
-        call.processor = processor;
-        call.input = work.input.data();
+        Transform_call call = call_of(processor, work.input.data(), work.outputs[k].data(), pixels_per_call);
         call.input_format = k % 3;
         call.output_format = (k / 3 + thread) % 3;
         call.clamp_max[0] = call.clamp_max[1] = call.clamp_max[2] = 4095;
         call.shift[k % 3] = k % 2 == 0 ? -4 : 3;
-        call.output = work.outputs[k].data();
-        call.pixel_count = pixels_per_call;
         ASSERT_EQ(kind.run(call), NQ_COLOR_NO_ERROR) << kind.name << call;
     }
 }

@@ -2,6 +2,8 @@
 // combinations are read from the build's list of kernel units (that the list holds each unit
 // once, the link and the check of the dispatch's top show).
 #include "reference_pipeline.hpp"
+#include "sample_source.hpp"
+#include "transform_options.hpp"
 #include "transform_case.hpp"
 
 #include "scalar_engine/scalar_process.hpp"
@@ -10,8 +12,6 @@
 
 #include <array>
 #include <limits>
-#include <random>
-#include <sstream>
 #include <vector>
 
 namespace {
@@ -36,11 +36,6 @@ const std::array<std::array<float, 9>, 7> matrices = {{
     {two_to_60, 0.75f, -two_to_60, 1.5f, -two_to_minus_60, 0.0f, two_to_40, 1.25f, -two_to_40},
 }};
 
-struct Combination {
-    int input_format, blue_in, green_in, red_in, blue_out, green_out, red_out;
-    int blue_shift, green_shift, red_shift, fourth, output_format;
-};
-
 // The kernel units as the build lists them: sample size, input format, six table flags.
 struct Kernel_unit {
     std::size_t sample_size;
@@ -54,37 +49,23 @@ const Kernel_unit kernel_units[] = {
 
 // Every combination of one sample type, unit by unit from the build's list, then the 162
 // decisions each unit takes itself.
-std::vector<Combination> combinations_of(std::size_t sample_size)
+std::vector<Options> combinations_of(std::size_t sample_size)
 {
-    std::vector<Combination> all;
+    std::vector<Options> all;
     for (const Kernel_unit& unit : kernel_units) {
         if (unit.sample_size != sample_size) continue;
         const auto& d = unit.decisions;
         for (int rest = 0; rest < 162; ++rest) {
-            all.push_back(Combination{d[0], d[1], d[2], d[3], d[4], d[5], d[6], rest / 54 % 3,
-                                      rest / 18 % 3, rest / 6 % 3, rest / 3 % 2, rest % 3});
+            all.push_back(Options{d[0], rest % 3, {d[1] != 0, d[2] != 0, d[3] != 0}, {d[4] != 0, d[5] != 0, d[6] != 0},
+                                  {rest / 54 % 3, rest / 18 % 3, rest / 6 % 3}, rest / 3 % 2 != 0, sample_size == 1});
         }
     }
     return all;
 }
 
-std::string describe(const Combination& c)
-{
-    std::ostringstream text;
-    text << "in " << c.input_format << " luts " << c.blue_in << c.green_in << c.red_in << "/"
-         << c.blue_out << c.green_out << c.red_out << " shifts " << c.blue_shift << c.green_shift
-         << c.red_shift << " fourth " << c.fourth << " out " << c.output_format;
-    return text.str();
-}
-
-class Sweep {
+class Sweep : public Sample_source {
 public:
-    explicit Sweep(uint32_t seed) : m_random(seed) {}
-
-    int32_t uniform(int32_t low, int32_t high)
-    {
-        return std::uniform_int_distribution<int32_t>(low, high)(m_random);
-    }
+    using Sample_source::Sample_source;
 
     // Format 0 is also written as values the dispatch must take as 0.
     NQ_COLOR_FORMAT format_value(int format)
@@ -103,66 +84,23 @@ public:
     }
 
     template <typename T>
-    void fill(Transform_case<T>& test, const Combination& c, int matrix_index)
+    void fill(Transform_case<T>& test, const Options& c, int matrix_index)
     {
-        const std::size_t n = test.input.size() / 3;
-        for (std::size_t i = 0; i < n; ++i) {
-            // A third of the pixels are grey, where the adversarial matrix cancels.
-            const bool grey = uniform(0, 2) == 0;
-            const uint16_t grey_value = random_sample();
-            for (int channel = 0; channel < 3; ++channel) {
-                test.input[reference::position(c.input_format, channel, i, n, 3)] =
-                    grey ? grey_value : random_sample();
-            }
-        }
+        const int32_t n = static_cast<int32_t>(test.input.size() / 3);
+        test.input = pixels(n, c.input_format);
+        test.input.resize(3 * static_cast<std::size_t>(n));
         test.matrix = matrices[static_cast<std::size_t>(matrix_index)];
         Transform_arguments<T>& a = test.arguments;
+        apply_options(c, a);
         a.input_buffer_format = format_value(c.input_format);
         a.output_buffer_format = format_value(c.output_format);
-        a.blue_input_LUT_enabled = c.blue_in;
-        a.green_input_LUT_enabled = c.green_in;
-        a.red_input_LUT_enabled = c.red_in;
-        a.blue_output_LUT_enabled = c.blue_out;
-        a.green_output_LUT_enabled = c.green_out;
-        a.red_output_LUT_enabled = c.red_out;
-        a.blue_shift_distance = shift_distance(c.blue_shift);
-        a.green_shift_distance = shift_distance(c.green_shift);
-        a.red_shift_distance = shift_distance(c.red_shift);
-        a.fourth_channel_enabled = c.fourth;
+        a.blue_shift_distance = shift_distance(c.shift_state[0]);
+        a.green_shift_distance = shift_distance(c.shift_state[1]);
+        a.red_shift_distance = shift_distance(c.shift_state[2]);
         clamp_bounds(a.blue_clamp_min, a.blue_clamp_max);
         clamp_bounds(a.green_clamp_min, a.green_clamp_max);
         clamp_bounds(a.red_clamp_min, a.red_clamp_max);
     }
-
-    void fill_tables(Table_set& table_set)
-    {
-        for (auto& table : table_set.tables) {
-            for (auto& entry : table) entry = static_cast<LUT_entry>(m_random());
-        }
-    }
-
-    uint16_t random_sample()
-    {
-        const int32_t pick = uniform(0, 9);
-        return static_cast<uint16_t>(pick == 0 ? 0 : pick == 1 ? 65535 : uniform(0, 65535));
-    }
-
-private:
-    void clamp_bounds(uint16_t& min, uint16_t& max)
-    {
-        const int32_t pick = uniform(0, 3);
-        if (pick == 0) {
-            min = 0;
-            max = 65535;
-            return;
-        }
-        const int32_t a = uniform(0, 65535);
-        const int32_t b = uniform(0, 65535);
-        min = static_cast<uint16_t>(a < b ? a : b);
-        max = static_cast<uint16_t>(a < b ? b : a);
-    }
-
-    std::mt19937 m_random;
 };
 
 template <typename T>
@@ -172,12 +110,12 @@ void sweep_all_combinations(uint32_t seed)
     // Distinct tables per channel catch a table applied to the wrong channel; identical input
     // tables keep grey pixels grey through the input stage.
     Table_set distinct_tables, same_input_tables;
-    sweep.fill_tables(distinct_tables);
-    sweep.fill_tables(same_input_tables);
+    sweep.fill_tables(distinct_tables.tables);
+    sweep.fill_tables(same_input_tables.tables);
     same_input_tables.tables[1] = same_input_tables.tables[2] = same_input_tables.tables[0];
-    const std::vector<Combination> combinations = combinations_of(sizeof(T));
+    const std::vector<Options> combinations = combinations_of(sizeof(T));
     for (int index = 0; index < static_cast<int>(combinations.size()); ++index) {
-        const Combination& c = combinations[static_cast<std::size_t>(index)];
+        const Options& c = combinations[static_cast<std::size_t>(index)];
         const int32_t pixel_count = sweep.uniform(1, 9);
         const bool distinct = (index / static_cast<int>(matrices.size())) % 2 == 0;
         Transform_case<T> test(pixel_count, distinct ? distinct_tables : same_input_tables);

@@ -1,5 +1,6 @@
 // The float-to-integer step: truncation toward zero, the fixed out-of-range result, and worked
 // values of the rounding rule through whole kernels, which the sweep's reference must agree with.
+#include "control_words.hpp"
 #include "transform_case.hpp"
 
 #include "scalar_engine/scalar_process.hpp"
@@ -16,13 +17,6 @@ namespace {
 constexpr int32_t int32_min = std::numeric_limits<int32_t>::min();
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr float infinity = std::numeric_limits<float>::infinity();
-
-uint16_t x87_control_word()
-{
-    uint16_t word;
-    asm volatile("fnstcw %0" : "=m"(word));
-    return word;
-}
 
 TEST(TruncatingConversion, TruncatesTowardZeroGivesTheFixedResultOutOfRangeAndRestoresRounding)
 {

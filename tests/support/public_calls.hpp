@@ -1,5 +1,5 @@
 // What the tests of the public calls share: the four transforms behind one signature, one
-// call's arguments (printable, so that a failure names the call), the six table getters, and
+// call's arguments (printable, so that a failure names the call) and a valid call, the six table getters, and
 // the module held for a test.
 #pragma once
 
@@ -23,6 +23,17 @@ struct Transform_call {
 };
 
 std::ostream& operator<<(std::ostream& stream, const Transform_call& call);
+
+// A valid call of `pixel_count` pixels.
+inline Transform_call call_of(void* processor, const uint16_t* input, void* output, int32_t pixel_count)
+{
+    Transform_call call;
+    call.processor = processor;
+    call.input = input;
+    call.output = output;
+    call.pixel_count = pixel_count;
+    return call;
+}
 
 struct Transform_kind {
     const char* name;

@@ -277,10 +277,7 @@ TEST(Codecs, TiffPlanesTilesAndStripsAreAllRead)
 {
     Scratch_folder folder;
     for (const int bits : {8, 16}) {
-        Image image = make_blank_image(37, 19, bits);
-        for (std::size_t i = 0; i < image.samples.size(); ++i) {
-            image.samples[i] = static_cast<std::uint16_t>((i * 2654435761u) >> (bits == 8 ? 24 : 16));
-        }
+        const Image image = gradient(37, 19, bits);
         for (const bool planar : {false, true}) {
             for (const bool tiled : {false, true}) {
                 const std::vector<std::uint8_t> bytes = tiff_of(image, planar, tiled, folder.file("t.tif"));

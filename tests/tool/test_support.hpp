@@ -25,6 +25,17 @@ inline xvr_color::Image image_of(std::uint32_t width, std::uint32_t height, int 
     return image;
 }
 
+// A little image with some structure, so that compression, slicing and blocks have work to do.
+inline xvr_color::Image gradient(std::uint32_t width, std::uint32_t height, int bits)
+{
+    xvr_color::Image image = xvr_color::make_blank_image(width, height, bits);
+    const std::uint32_t top = bits == 8 ? 255 : 65535;
+    for (std::size_t i = 0; i < image.samples.size(); ++i) {
+        image.samples[i] = static_cast<std::uint16_t>((i * 7919 + (i / 3) * 13) % (top + 1));
+    }
+    return image;
+}
+
 // A file's header text followed by raw bytes.
 inline std::vector<std::uint8_t> bytes_of(const std::string& header, std::vector<std::uint8_t> raster = {})
 {

@@ -2,6 +2,7 @@
 // vector level under test against one at level 0 (the scalar engine alone), bit for bit,
 // including sentinel samples after the pixels. Pixel counts around the step widths make the
 // scalar engine finish after the vector library. Runs with the build's real libraries.
+#include "public_calls.hpp"
 #include "vector_test_support.hpp"
 
 #include <gtest/gtest.h>
@@ -32,31 +33,24 @@ const Matrix_case matrices[] = {
     {"infinite diagonal", {1e30f, 0, 0, 0, 0.5f, 0, 0, 0, -1e30f}, {1e30f, 0, 0, 0, 1, 0, 0, 0, 1e30f}},
 };
 
-using Table_getter = int32_t* (*)(void*);
-constexpr Table_getter table_getters[6] = {nq_color_get_blue_input_LUT,  nq_color_get_green_input_LUT,
-                                           nq_color_get_red_input_LUT,   nq_color_get_blue_output_LUT,
-                                           nq_color_get_green_output_LUT, nq_color_get_red_output_LUT};
-
 struct Call {
     Options o;
-    NQ_COLOR_FORMAT input_format, output_format;
-    uint16_t min[3], max[3];
-    int32_t shift[3], pixel_count;
+    Transform_call arguments;  // without processor and buffers
 };
 
 Call next_call(int index, Sample_source& source)
 {
     static constexpr int32_t counts[] = {0, 1, 3, 4, 5, 7, 8, 9, 15, 16, 17, 23, 33, 255, 256, 257, 301, 389, 515};
     static constexpr int32_t planar[3] = {0, -1, INT32_MIN};  // values the calls accept and read as planar
-    Call c{decode_options(index), {}, {}, {}, {}, {}, counts[source.uniform(0, 18)]};
-    c.input_format = static_cast<NQ_COLOR_FORMAT>(c.o.input_format ? c.o.input_format : planar[source.uniform(0, 2)]);
-    c.output_format = static_cast<NQ_COLOR_FORMAT>(c.o.output_format ? c.o.output_format : planar[source.uniform(0, 2)]);
+    Call c{decode_options(index), {}};
+    Transform_call& a = c.arguments;
+    a.pixel_count = counts[source.uniform(0, 18)];
+    a.input_format = c.o.input_format ? c.o.input_format : planar[source.uniform(0, 2)];
+    a.output_format = c.o.output_format ? c.o.output_format : planar[source.uniform(0, 2)];
     for (int k = 0; k < 3; ++k) {
-        const int32_t a = source.uniform(0, 65535), b = source.uniform(0, 65535), full = source.uniform(0, 3) == 0;
-        c.min[k] = static_cast<uint16_t>(full ? 0 : std::min(a, b));
-        c.max[k] = static_cast<uint16_t>(full ? 65535 : std::max(a, b));
+        source.clamp_bounds(a.clamp_min[k], a.clamp_max[k]);
         const int state = c.o.shift_state[k];
-        c.shift[k] = state == 1 ? source.uniform(1, 15) : state == 2 ? source.uniform(-15, -1) : 0;
+        a.shift[k] = state == 1 ? source.uniform(1, 15) : state == 2 ? source.uniform(-15, -1) : 0;
     }
     return c;
 }
@@ -64,20 +58,16 @@ Call next_call(int index, Sample_source& source)
 template <typename T>
 std::vector<T> run(void* processor, const Call& c, const std::vector<uint16_t>& input)
 {
-    std::vector<T> output((c.o.fourth_channel ? 4 : 3) * static_cast<std::size_t>(c.pixel_count) + 64, T(0xA5A5));
+    const bool fourth = c.o.fourth_channel;
+    const Transform_kind& kind = sizeof(T) == 2 ? (fourth ? to_64 : to_48) : (fourth ? to_32 : to_24);
+    std::vector<T> output(kind.output_bytes(c.arguments.pixel_count) / sizeof(T) + 64, T(0xA5A5));
     nq_color_enable_input_LUTs(processor, c.o.input_LUT[0], c.o.input_LUT[1], c.o.input_LUT[2]);
     nq_color_enable_output_LUTs(processor, c.o.output_LUT[0], c.o.output_LUT[1], c.o.output_LUT[2]);
-    auto call = [&](auto transform) {
-        return transform(processor, input.data(), c.input_format, c.min[0], c.max[0], c.min[1], c.max[1], c.min[2],
-                         c.max[2], c.shift[0], c.shift[1], c.shift[2], output.data(), c.output_format, c.pixel_count);
-    };
-    int result;
-    if constexpr (sizeof(T) == 2) {
-        result = call(c.o.fourth_channel ? nq_color_transform_48_to_64 : nq_color_transform_48_to_48);
-    } else {
-        result = call(c.o.fourth_channel ? nq_color_transform_48_to_32 : nq_color_transform_48_to_24);
-    }
-    EXPECT_EQ(result, NQ_COLOR_NO_ERROR);
+    Transform_call call = c.arguments;
+    call.processor = processor;
+    call.input = input.data();
+    call.output = output.data();
+    EXPECT_EQ(kind.run(call), NQ_COLOR_NO_ERROR) << kind.name << call;
     return output;
 }
 
@@ -119,10 +109,8 @@ TEST_P(Differential_sweep, EveryCombinationMatchesTheScalarEngine)
     Sample_source source(20261123u + static_cast<uint32_t>(level));
     std::array<std::vector<int32_t>, 6> tables[2];
     for (auto& set : tables) {
-        for (auto& table : set) {
-            table.resize(65536);
-            for (auto& entry : table) entry = static_cast<int32_t>(source.random());
-        }
+        for (auto& table : set) table.resize(65536);
+        source.fill_tables(set);
     }
     tables[1][1] = tables[1][2] = tables[1][0];
     for (int index = 0; index < option_combinations && !HasFatalFailure(); ++index) {
@@ -137,8 +125,8 @@ TEST_P(Differential_sweep, EveryCombinationMatchesTheScalarEngine)
             nq_color_append_matrix(processor, matrix.second);
         }
         const Call c = next_call(index, source);
-        const std::vector<uint16_t> input = source.pixels(c.pixel_count, c.o.input_format);
-        const std::string context = describe(c.o) + ", " + std::to_string(c.pixel_count) + " pixels, " + matrix.name;
+        const std::vector<uint16_t> input = source.pixels(c.arguments.pixel_count, c.o.input_format);
+        const std::string context = describe(c.o) + ", " + std::to_string(c.arguments.pixel_count) + " pixels, " + matrix.name;
         if (c.o.eight_bit) {
             compare<uint8_t>(processors[0], processors[1], c, input, context);
         } else {

@@ -2,6 +2,7 @@
 // that a test makes itself.
 #pragma once
 
+#include "transform_case.hpp"
 #include "vector_test_support.hpp"
 
 #include <corvane_xvr_color_processing_vector.h>
@@ -10,6 +11,7 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <array>
 #include <type_traits>
 
@@ -39,57 +41,29 @@ struct Vector_library {
     nq_vector_module_terminate_function* terminate;
 };
 
-// Blue, green, red input tables, then blue, green, red output tables, of random 32-bit entries.
-using Tables = std::array<std::vector<LUT_entry>, 6>;
-
-inline Tables random_tables(uint32_t seed)
+// Tables of random 32-bit entries.
+inline Table_set random_tables(uint32_t seed)
 {
-    std::mt19937 random(seed);
-    Tables tables;
-    for (auto& table : tables) {
-        table.resize(65536);
-        for (auto& entry : table) entry = static_cast<int32_t>(random());
-    }
+    Table_set tables;
+    Sample_source(seed).fill_tables(tables.tables);
     return tables;
 }
 
-// A record of the options over the given buffers; full clamp ranges, shifts 7 and -9.
+// A transform of the options over the pixels; full clamp ranges, shifts 7 and -9.
 template <typename T>
-Transform_arguments<T> record_for(const Options& o, const uint16_t* input, const float* matrix,
-                                  const std::array<const LUT_entry*, 6>& tables, int32_t pixel_count, T* output)
-{
-    const int32_t distances[3] = {0, 7, -9};
-    Transform_arguments<T> a{};
-    a.input_buffer = input;
-    a.input_buffer_format = static_cast<NQ_COLOR_FORMAT>(o.input_format);
-    a.blue_input_LUT = tables[0], a.green_input_LUT = tables[1], a.red_input_LUT = tables[2];
-    a.blue_input_LUT_enabled = o.input_LUT[0], a.green_input_LUT_enabled = o.input_LUT[1];
-    a.red_input_LUT_enabled = o.input_LUT[2];
-    a.matrix = matrix;
-    a.blue_clamp_max = a.green_clamp_max = a.red_clamp_max = 65535;
-    a.blue_output_LUT = tables[3], a.green_output_LUT = tables[4], a.red_output_LUT = tables[5];
-    a.blue_output_LUT_enabled = o.output_LUT[0], a.green_output_LUT_enabled = o.output_LUT[1];
-    a.red_output_LUT_enabled = o.output_LUT[2];
-    a.blue_shift_distance = distances[o.shift_state[0]];
-    a.green_shift_distance = distances[o.shift_state[1]];
-    a.red_shift_distance = distances[o.shift_state[2]];
-    a.output_buffer = output;
-    a.output_buffer_format = static_cast<NQ_COLOR_FORMAT>(o.output_format);
-    a.fourth_channel_enabled = o.fourth_channel;
-    a.pixel_count = pixel_count;
-    return a;
-}
-
-inline std::array<const LUT_entry*, 6> pointers(const Tables& tables)
-{
-    std::array<const LUT_entry*, 6> result{};
-    for (std::size_t t = 0; t < 6; ++t) result[t] = tables[t].data();
-    return result;
-}
-
-inline std::size_t output_samples(const Options& o, int32_t pixel_count)
-{
-    return (o.fourth_channel ? 4u : 3u) * static_cast<std::size_t>(pixel_count > 0 ? pixel_count : 0);
-}
+struct Options_case : Transform_case<T> {
+    Options_case(const Options& o, const std::vector<uint16_t>& pixels, const float* coefficients, int32_t n,
+                 const Table_set& tables)
+        : Transform_case<T>(n, tables)
+    {
+        const int32_t distances[3] = {0, 7, -9};
+        this->input = pixels;
+        std::copy_n(coefficients, 9, this->matrix.begin());
+        apply_options(o, this->arguments);
+        this->arguments.blue_shift_distance = distances[o.shift_state[0]];
+        this->arguments.green_shift_distance = distances[o.shift_state[1]];
+        this->arguments.red_shift_distance = distances[o.shift_state[2]];
+    }
+};
 
 }  // namespace vector_test

@@ -3,12 +3,11 @@
 // bounds, counts around the step width, under the MXCSR states a caller may leave, and how many
 // pixels each call claims; transforms on two threads at once after repeated initialisation; and
 // buffers and tables against inaccessible pages.
+#include "control_words.hpp"
 #include "direct_calls.hpp"
+#include "guarded_memory.hpp"
 
 #include <gtest/gtest.h>
-
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <limits>
@@ -79,58 +78,23 @@ std::vector<uint16_t> make_pixels(Pixels kind, int32_t n, int format, Sample_sou
 // downward.
 constexpr unsigned caller_mxcsr[] = {0x1F80, 0xFFC0, 0x5F3F, 0x3FA1};
 
-unsigned read_mxcsr()
-{
-    unsigned value = 0;
-    asm volatile("stmxcsr %0" : "=m"(value));
-    return value;
-}
-
-void write_mxcsr(unsigned value)
-{
-    asm volatile("ldmxcsr %0" : : "m"(value));
-}
-
-// A copy of `bytes` bytes that ends at an inaccessible page (AT_END) or starts at one.
-class Guarded_copy {
-public:
-    Guarded_copy(const void* data, std::size_t bytes, bool at_end)
-    {
-        const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-        const std::size_t usable = (bytes / page + 1) * page;
-        m_length = usable + 2 * page;
-        m_base = static_cast<uint8_t*>(mmap(nullptr, m_length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        mprotect(m_base, page, PROT_NONE);
-        mprotect(m_base + page + usable, page, PROT_NONE);
-        m_data = at_end ? m_base + page + usable - bytes : m_base + page;
-        std::memcpy(m_data, data, bytes);
-    }
-    ~Guarded_copy() { munmap(m_base, m_length); }
-    Guarded_copy(const Guarded_copy&) = delete;
-    Guarded_copy& operator=(const Guarded_copy&) = delete;
-
-    template <typename T>
-    T* as() const { return reinterpret_cast<T*>(m_data); }
-
-private:
-    uint8_t* m_base;
-    uint8_t* m_data;
-    std::size_t m_length;
-};
-
 template <typename T>
 void check_guarded(const Vector_library& library, const Options& o, const std::vector<uint16_t>& pixels, int32_t n,
-                   const Tables& tables, const std::array<const LUT_entry*, 6>& guarded_tables, bool at_end)
+                   const Table_set& tables, const std::array<const LUT_entry*, 6>& guarded_tables, bool at_end)
 {
     const float matrix[9] = {0.9f, 0.05f, 0.05f, 0.1f, 0.8f, 0.1f, 0.0f, 0.3f, 0.7f};
-    std::vector<T> expected(output_samples(o, n));
-    scalar_process(record_for<T>(o, pixels.data(), matrix, pointers(tables), n, expected.data()), 0);
-    const Guarded_copy input(pixels.data(), 3 * static_cast<std::size_t>(n) * sizeof(uint16_t), at_end);
-    const Guarded_copy output(expected.data(), expected.size() * sizeof(T), at_end);
-    std::memset(output.as<T>(), 0x5A, expected.size() * sizeof(T));
-    const auto record = record_for<T>(o, input.as<uint16_t>(), matrix, guarded_tables, n, output.as<T>());
+    Options_case<T> test(o, pixels, matrix, n, tables);
+    scalar_process(test.for_reference(), 0);
+    const std::size_t bytes = (o.fourth_channel ? 4u : 3u) * static_cast<std::size_t>(n) * sizeof(T);
+    const Guarded_memory input(pixels.data(), 3 * static_cast<std::size_t>(n) * sizeof(uint16_t), at_end);
+    const Guarded_memory output(test.engine_output.data(), bytes, at_end);
+    auto record = test.for_engine();
+    record.input_buffer = input.copy<uint16_t>(), record.output_buffer = output.copy<T>();
+    const auto& g = guarded_tables;
+    record.blue_input_LUT = g[0], record.green_input_LUT = g[1], record.red_input_LUT = g[2];
+    record.blue_output_LUT = g[3], record.green_output_LUT = g[4], record.red_output_LUT = g[5];
     scalar_process(record, library.transform(record));
-    EXPECT_EQ(std::memcmp(output.as<T>(), expected.data(), expected.size() * sizeof(T)), 0) << describe(o) << ", " << n;
+    EXPECT_EQ(std::memcmp(output.copy<T>(), test.reference_output.data(), bytes), 0) << describe(o) << ", " << n;
 }
 
 class Vector_library_test : public testing::TestWithParam<int> {
@@ -148,9 +112,9 @@ protected:
     int compare(const Options& o, const std::vector<uint16_t>& input, const float* matrix, int32_t n, unsigned mxcsr,
                 const std::string& context)
     {
-        std::vector<T> expected(output_samples(o, n) + 32, T(0x5A)), actual(expected);
-        scalar_process(record_for<T>(o, input.data(), matrix, pointers(tables), n, expected.data()), 0);
-        const auto record = record_for<T>(o, input.data(), matrix, pointers(tables), n, actual.data());
+        Options_case<T> test(o, input, matrix, n, tables);
+        scalar_process(test.for_reference(), 0);
+        const auto record = test.for_engine();
         const unsigned saved = read_mxcsr();
         write_mxcsr(mxcsr);
         const int claimed = library.transform(record);
@@ -158,14 +122,15 @@ protected:
         write_mxcsr(saved);
         scalar_process(record, claimed);
         EXPECT_EQ(after, mxcsr) << context;
-        const long at = first_difference(expected, actual);
-        EXPECT_EQ(at, -1) << context << ": sample " << at << " is " << +actual[static_cast<std::size_t>(at)]
+        const auto& expected = test.reference_output;
+        const long at = first_difference(expected, test.engine_output);
+        EXPECT_EQ(at, -1) << context << ": sample " << at << " is " << +test.engine_output[static_cast<std::size_t>(at)]
                           << ", the scalar engine wrote " << +expected[static_cast<std::size_t>(at)];
         return claimed;
     }
 
     Vector_library library{GetParam()};
-    const Tables tables = random_tables(7u);
+    const Table_set tables = random_tables(7u);
 };
 
 TEST_P(Vector_library_test, EveryCaseMatchesTheScalarEngineAndClaimsAsItsTierAllows)
@@ -201,19 +166,18 @@ TEST_P(Vector_library_test, StatelessAcrossInitialisationsAndThreads)
     std::vector<std::vector<uint16_t>> inputs, expected;
     for (const Exactness_case& c : cases) {
         inputs.push_back(make_pixels(c.pixels, n, 0, source));
-        expected.emplace_back(3 * n);
-        scalar_process(record_for<uint16_t>(Options{}, inputs.back().data(), c.matrix.data(), pointers(tables), n,
-                                            expected.back().data()), 0);
+        Options_case<uint16_t> test(Options{}, inputs.back(), c.matrix.data(), n, tables);
+        scalar_process(test.for_reference(), 0);
+        expected.push_back(test.reference_output);
     }
     auto work = [&](bool reverse, int& mismatches) {
         for (int round = 0; round < 8; ++round) {
             for (std::size_t k = 0; k < std::size(cases); ++k) {
                 const std::size_t at = reverse ? std::size(cases) - 1 - k : k;
-                std::vector<uint16_t> output(3 * n);
-                const auto record = record_for<uint16_t>(Options{}, inputs[at].data(), cases[at].matrix.data(),
-                                                         pointers(tables), n, output.data());
+                Options_case<uint16_t> test(Options{}, inputs[at], cases[at].matrix.data(), n, tables);
+                const auto record = test.for_engine();
                 scalar_process(record, library.transform(record));
-                mismatches += output != expected[at];
+                mismatches += test.engine_output != expected[at];
             }
         }
     };
@@ -232,11 +196,11 @@ TEST_P(Vector_library_test, NoAccessOutsideBuffersAndTablesInAnyLayout)
 {
     Sample_source source(11u);
     for (const bool at_end : {true, false}) {
-        std::vector<std::unique_ptr<Guarded_copy>> guarded;
+        std::vector<std::unique_ptr<Guarded_memory>> guarded;
         std::array<const LUT_entry*, 6> guarded_tables{};
         for (std::size_t t = 0; t < 6; ++t) {
-            guarded.push_back(std::make_unique<Guarded_copy>(tables[t].data(), 65536 * sizeof(LUT_entry), at_end));
-            guarded_tables[t] = guarded.back()->as<LUT_entry>();
+            guarded.push_back(std::make_unique<Guarded_memory>(tables.tables[t].data(), 65536 * sizeof(LUT_entry), at_end));
+            guarded_tables[t] = guarded.back()->copy<LUT_entry>();
         }
         for (int layouts = 0; layouts < 36; ++layouts) {
             for (const int32_t n : {1, 3, 5, 7, 9, 19, 37, 255}) {

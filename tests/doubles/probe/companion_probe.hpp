@@ -19,6 +19,14 @@ std::vector<std::string> probe_events();
 std::vector<std::string> probe_events_starting_with(const std::string& prefix); // "lut.", "sse.", ...
 int nq_probe_count_events(const std::string& text);                            // events reading exactly `text`
 
+// One of these in a double records "<name>.loaded" and "<name>.unloaded" as the library under
+// test opens and closes it.
+struct Probe_load_announcer {
+    explicit Probe_load_announcer(const char* name) : m_name(name) { nq_probe_event("%s.loaded", name); }
+    ~Probe_load_announcer() { nq_probe_event("%s.unloaded", m_name); }
+    const char* m_name;
+};
+
 // Settings that a test chooses before a double is called; `fallback` when never set.
 void nq_probe_set(const std::string& key, int value);
 int nq_probe_setting(const std::string& key, int fallback);

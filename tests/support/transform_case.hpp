@@ -50,8 +50,8 @@ struct Transform_case {
 
 private:
     static std::size_t non_negative(int32_t count) { return count > 0 ? static_cast<std::size_t>(count) : 0; }
-    // Room for four channels and a guard of one pixel beyond the end.
-    static std::size_t output_samples(int32_t count) { return 4 * non_negative(count) + 4; }
+    // Room for four channels and a guard as wide as the widest vector store beyond the end.
+    static std::size_t output_samples(int32_t count) { return 4 * non_negative(count) + 32; }
 
     Transform_arguments<T> bound_to(std::vector<T>& output)
     {
