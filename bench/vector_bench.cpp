@@ -8,7 +8,7 @@
 //   vector_bench [runs]        (default 7)
 #include <corvane_xvr_color_processing.h>
 
-#include <dlfcn.h>
+#include "modules/loaded_vector_library.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -134,19 +134,6 @@ private:
     void* m_handle;
 };
 
-// The processor's vector library is loaded and accepts this processor.
-bool library_active(const char* kind)
-{
-    const std::string file = std::string("libcorvane_xvr_color_processing_vector_") + kind + ".so";
-    void* library = dlopen(file.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-    if (library == nullptr) return false;
-    const std::string entry = std::string("nq_color_processing_vector_") + kind + "_module_initialize";
-    auto initialize = reinterpret_cast<int (*)()>(dlsym(library, entry.c_str()));
-    const bool active = initialize != nullptr && initialize() == 0;
-    dlclose(library);
-    return active;
-}
-
 std::size_t output_bytes(const Case& c)
 {
     return static_cast<std::size_t>(pixel_count) * (c.fourth_channel ? 4 : 3) * (c.eight_bit ? 1 : 2);
@@ -164,7 +151,7 @@ int main(int argc, char** argv)
     int status = 0;
     {
         const Processor processors[3] = {Processor(0), Processor(1), Processor(2)};
-        const bool active[3] = {true, library_active("sse"), library_active("avx2")};
+        const bool active[3] = {true, loaded_vector_library(1).starts, loaded_vector_library(2).starts};
         std::printf("%d x %d pixels, median of %d runs, ns/pixel; SSE4.1 library %s, AVX2 library %s\n", width, height,
                     runs, active[1] ? "active" : "NOT ACTIVE", active[2] ? "active" : "NOT ACTIVE");
         const std::vector<uint16_t> frames[2] = {random_frame(), smooth_frame()};

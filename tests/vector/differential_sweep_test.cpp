@@ -5,9 +5,9 @@
 #include "public_calls.hpp"
 #include "vector_test_support.hpp"
 
-#include <gtest/gtest.h>
+#include "modules/loaded_vector_library.hpp"
 
-#include <dlfcn.h>
+#include <gtest/gtest.h>
 
 #include <array>
 #include <climits>
@@ -80,18 +80,6 @@ void compare(void* scalar, void* vector, const Call& c, const std::vector<uint16
                       << ", the scalar engine wrote " << +expected[static_cast<std::size_t>(at)];
 }
 
-// The level's library is loaded (by the processors) and accepts this processor.
-bool library_active(int level)
-{
-    const std::string kind = level == 2 ? "avx2" : "sse";
-    void* library = dlopen(("libcorvane_xvr_color_processing_vector_" + kind + ".so").c_str(), RTLD_LAZY | RTLD_NOLOAD);
-    if (library == nullptr) return false;
-    auto initialize = reinterpret_cast<int (*)()>(dlsym(library, ("nq_color_processing_vector_" + kind + "_module_initialize").c_str()));
-    const bool active = initialize != nullptr && initialize() == 0;
-    dlclose(library);
-    return active;
-}
-
 class Differential_sweep : public testing::TestWithParam<int> {};
 
 TEST_P(Differential_sweep, EveryCombinationMatchesTheScalarEngine)
@@ -102,7 +90,7 @@ TEST_P(Differential_sweep, EveryCombinationMatchesTheScalarEngine)
     void* const processors[2] = {nq_color_create_color_processor_test(16, 16, 0),
                                  nq_color_create_color_processor_test(16, 16, level)};
     ASSERT_TRUE(processors[0] && processors[1]);
-    EXPECT_TRUE(library_active(level)) << level_name(level) << " library missing or refused";
+    EXPECT_TRUE(loaded_vector_library(level).starts) << level_name(level) << " library missing or refused";
 
     // Random 32-bit entries (the input tables' high bits must be ignored, output entries are
     // used whole); the second set has equal input tables, which keep grey pixels grey.

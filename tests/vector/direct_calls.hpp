@@ -7,38 +7,34 @@
 
 #include <corvane_xvr_color_processing_vector.h>
 
+#include "modules/shared_library.hpp"
 #include "scalar_engine/scalar_process.hpp"
 
-#include <dlfcn.h>
-
 #include <algorithm>
-#include <array>
-#include <type_traits>
 
 namespace vector_test {
 
-// A built library opened by its path (never closed: the test process ends first).
+// A built library opened by its path, through the loader the core uses.
 struct Vector_library {
     explicit Vector_library(int level)
+        : library(Shared_library::open_file(level == 2 ? NQ_AVX2_LIBRARY_FILE : NQ_SSE_LIBRARY_FILE))
     {
         const bool avx2 = level == 2;
-        void* library = dlopen(avx2 ? NQ_AVX2_LIBRARY_FILE : NQ_SSE_LIBRARY_FILE, RTLD_NOW);
-        auto bind = [library](auto*& entry, const char* name) {
-            entry = library ? reinterpret_cast<std::remove_reference_t<decltype(entry)>>(dlsym(library, name)) : nullptr;
-        };
-        bind(initialize, avx2 ? NQ_VECTOR_AVX2_INITIALIZE_NAME : NQ_VECTOR_SSE_INITIALIZE_NAME);
-        bind(transform_8, avx2 ? NQ_VECTOR_AVX2_TRANSFORM_8_BIT_OUTPUT_NAME : NQ_VECTOR_SSE_TRANSFORM_8_BIT_OUTPUT_NAME);
-        bind(transform_16, avx2 ? NQ_VECTOR_AVX2_TRANSFORM_16_BIT_OUTPUT_NAME : NQ_VECTOR_SSE_TRANSFORM_16_BIT_OUTPUT_NAME);
-        bind(terminate, avx2 ? NQ_VECTOR_AVX2_TERMINATE_NAME : NQ_VECTOR_SSE_TERMINATE_NAME);
+        if (!library) return;
+        library.bind(initialize, avx2 ? NQ_VECTOR_AVX2_INITIALIZE_NAME : NQ_VECTOR_SSE_INITIALIZE_NAME);
+        library.bind(transform_8, avx2 ? NQ_VECTOR_AVX2_TRANSFORM_8_BIT_OUTPUT_NAME : NQ_VECTOR_SSE_TRANSFORM_8_BIT_OUTPUT_NAME);
+        library.bind(transform_16, avx2 ? NQ_VECTOR_AVX2_TRANSFORM_16_BIT_OUTPUT_NAME : NQ_VECTOR_SSE_TRANSFORM_16_BIT_OUTPUT_NAME);
+        library.bind(terminate, avx2 ? NQ_VECTOR_AVX2_TERMINATE_NAME : NQ_VECTOR_SSE_TERMINATE_NAME);
     }
     bool complete() const { return initialize && transform_8 && transform_16 && terminate; }
     int transform(const Transform_arguments<uint8_t>& record) const { return transform_8(&record); }
     int transform(const Transform_arguments<uint16_t>& record) const { return transform_16(&record); }
 
-    nq_vector_module_initialize_function* initialize;
-    nq_vector_transform_8_bit_output_function* transform_8;
-    nq_vector_transform_16_bit_output_function* transform_16;
-    nq_vector_module_terminate_function* terminate;
+    Shared_library library;
+    nq_vector_module_initialize_function* initialize = nullptr;
+    nq_vector_transform_8_bit_output_function* transform_8 = nullptr;
+    nq_vector_transform_16_bit_output_function* transform_16 = nullptr;
+    nq_vector_module_terminate_function* terminate = nullptr;
 };
 
 // Tables of random 32-bit entries.

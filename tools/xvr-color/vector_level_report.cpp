@@ -2,43 +2,12 @@
 
 #include "tool_error.hpp"
 
-#include "modules/shared_library.hpp"
+#include "modules/loaded_vector_library.hpp"
 #include "vector_capability.hpp"
-
-#include <corvane_xvr_color_processing_vector.h>
 
 namespace xvr_color {
 
 namespace {
-
-constexpr const char* sse_library_file = "lib" NQ_VECTOR_SSE_MODULE_NAME ".so";
-constexpr const char* avx2_library_file = "lib" NQ_VECTOR_AVX2_MODULE_NAME ".so";
-
-bool is_loaded(const char* file_name)
-{
-    return static_cast<bool>(Shared_library::find_loaded(file_name));
-}
-
-// A loaded vector library whose initialize refuses (its instruction set is missing) does not
-// run. Asking it again is allowed: it must accept an initialize per processor, each matched by
-// a terminate.
-bool starts(const char* file_name, const char* initialize_name, const char* terminate_name)
-{
-    const Shared_library library = Shared_library::find_loaded(file_name);
-    nq_vector_module_initialize_function* initialize = nullptr;
-    nq_vector_module_terminate_function* terminate = nullptr;
-    if (!library || !library.bind(initialize, initialize_name) || !library.bind(terminate, terminate_name)) {
-        return false;
-    }
-    const bool started = initialize() == 0;
-    terminate();
-    return started;
-}
-
-const char* library_of(int level)
-{
-    return level == 2 ? avx2_library_file : sse_library_file;
-}
 
 const char* level_name(int level)
 {
@@ -78,9 +47,9 @@ std::string Vector_level_report::description() const
     const int missed = chosen_level >= 2 && in_use < 2 ? 2 : 1;
     const bool loaded = missed == 2 ? avx2_library_loaded : sse_library_loaded;
     if (loaded) {
-        return text + "; " + chosen + ", but " + library_of(missed) + " refused to start on this processor";
+        return text + "; " + chosen + ", but " + vector_library_file(missed) + " refused to start on this processor";
     }
-    return text + "; " + chosen + ", but " + library_of(missed) +
+    return text + "; " + chosen + ", but " + vector_library_file(missed) +
            " is not installed: install it beside libcorvane_xvr_color_processing.so.1 for level " +
            std::to_string(missed);
 }
@@ -99,12 +68,11 @@ Vector_level_report report_vector_level(const Vector_choice& choice)
     Vector_level_report report;
     report.automatic = choice.automatic;
     report.chosen_level = choice.automatic ? detect_vector_level() : choice.level;
-    report.sse_library_loaded = is_loaded(sse_library_file);
-    report.avx2_library_loaded = is_loaded(avx2_library_file);
-    report.sse_library_started =
-        starts(sse_library_file, NQ_VECTOR_SSE_INITIALIZE_NAME, NQ_VECTOR_SSE_TERMINATE_NAME);
-    report.avx2_library_started =
-        starts(avx2_library_file, NQ_VECTOR_AVX2_INITIALIZE_NAME, NQ_VECTOR_AVX2_TERMINATE_NAME);
+    const Loaded_vector_library sse = loaded_vector_library(1), avx2 = loaded_vector_library(2);
+    report.sse_library_loaded = sse.loaded;
+    report.avx2_library_loaded = avx2.loaded;
+    report.sse_library_started = sse.starts;
+    report.avx2_library_started = avx2.starts;
     return report;
 }
 
