@@ -3,8 +3,10 @@
 // processors really used the library they meant to test.
 #pragma once
 
+#include <string>
+
 // The file name of the vector library of `level` (1 SSE4.1, 2 AVX2), as the core opens it.
-const char* vector_library_file(int level);
+std::string vector_library_file(int level);
 
 struct Loaded_vector_library {
     bool loaded = false;  // the process has it open (a processor of that level bound it)

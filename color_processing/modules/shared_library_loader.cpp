@@ -2,12 +2,14 @@
 
 #include <dlfcn.h>
 
+std::string shared_library_file_of_module(const char* module_name)
+{
+    return std::string("lib") + module_name + ".so";
+}
+
 void* open_shared_library_module(const char* module_name)
 {
-    std::string file_name("lib");
-    file_name += module_name;
-    file_name += ".so";
-    return open_shared_library_file(file_name.c_str());
+    return open_shared_library_file(shared_library_file_of_module(module_name).c_str());
 }
 
 void* open_shared_library_file(const char* file_name)

@@ -7,8 +7,11 @@
 
 #include <string>
 
-// Opens "lib" + module_name + ".so": callers name modules, never files, so the name is
-// decorated as it stands, even when it already looks like a file name. Null when it cannot.
+// "lib" + module_name + ".so": callers name modules, never files, so the name is decorated as
+// it stands, even when it already looks like a file name.
+std::string shared_library_file_of_module(const char* module_name);
+
+// Opens the module's file (above); null when it cannot.
 void* open_shared_library_module(const char* module_name);
 
 // Opens the file by exactly this name, undecorated; null when it cannot.

@@ -19,12 +19,12 @@ struct Vector_library {
     explicit Vector_library(int level)
         : library(Shared_library::open_file(level == 2 ? NQ_AVX2_LIBRARY_FILE : NQ_SSE_LIBRARY_FILE))
     {
-        const bool avx2 = level == 2;
+        const nq_vector_library_names& names = nq_vector_library_names_of_level(level);
         if (!library) return;
-        library.bind(initialize, avx2 ? NQ_VECTOR_AVX2_INITIALIZE_NAME : NQ_VECTOR_SSE_INITIALIZE_NAME);
-        library.bind(transform_8, avx2 ? NQ_VECTOR_AVX2_TRANSFORM_8_BIT_OUTPUT_NAME : NQ_VECTOR_SSE_TRANSFORM_8_BIT_OUTPUT_NAME);
-        library.bind(transform_16, avx2 ? NQ_VECTOR_AVX2_TRANSFORM_16_BIT_OUTPUT_NAME : NQ_VECTOR_SSE_TRANSFORM_16_BIT_OUTPUT_NAME);
-        library.bind(terminate, avx2 ? NQ_VECTOR_AVX2_TERMINATE_NAME : NQ_VECTOR_SSE_TERMINATE_NAME);
+        library.bind(initialize, names.initialize);
+        library.bind(transform_8, names.transform_8_bit_output);
+        library.bind(transform_16, names.transform_16_bit_output);
+        library.bind(terminate, names.terminate);
     }
     bool complete() const { return initialize && transform_8 && transform_16 && terminate; }
     int transform(const Transform_arguments<uint8_t>& record) const { return transform_8(&record); }

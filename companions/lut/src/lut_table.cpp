@@ -19,7 +19,7 @@ namespace {
 // Readers index every table with 16-bit samples and check nothing, so a table smaller than
 // 65536 entries is backed by memory for all of them. Anonymous pages read as zero and cost no
 // physical memory until written; the part past the table's own pages is mapped read-only, so
-// that it stays zero: a sample beyond the table always reads the entry 0.
+// that it stays zero: a sample beyond the table always reads 0.
 std::int32_t* map_zeroed_table(int entries, std::size_t mapped_bytes)
 {
     void* memory = mmap(nullptr, mapped_bytes, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

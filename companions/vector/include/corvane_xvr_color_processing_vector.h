@@ -44,6 +44,28 @@
 #define NQ_VECTOR_AVX2_TRANSFORM_16_BIT_OUTPUT_NAME "nq_color_processing_transform_16_bit_output_vector_avx2"
 #define NQ_VECTOR_AVX2_TERMINATE_NAME "nq_color_processing_vector_avx2_module_terminate"
 
+/* The same names grouped by vector level (1 SSE4.1, 2 AVX2), for code that picks the library at
+ * run time. */
+struct nq_vector_library_names {
+    const char* module;
+    const char* initialize;
+    const char* transform_8_bit_output;
+    const char* transform_16_bit_output;
+    const char* terminate;
+};
+
+inline constexpr nq_vector_library_names nq_vector_sse_library_names = {
+    NQ_VECTOR_SSE_MODULE_NAME, NQ_VECTOR_SSE_INITIALIZE_NAME, NQ_VECTOR_SSE_TRANSFORM_8_BIT_OUTPUT_NAME,
+    NQ_VECTOR_SSE_TRANSFORM_16_BIT_OUTPUT_NAME, NQ_VECTOR_SSE_TERMINATE_NAME};
+inline constexpr nq_vector_library_names nq_vector_avx2_library_names = {
+    NQ_VECTOR_AVX2_MODULE_NAME, NQ_VECTOR_AVX2_INITIALIZE_NAME, NQ_VECTOR_AVX2_TRANSFORM_8_BIT_OUTPUT_NAME,
+    NQ_VECTOR_AVX2_TRANSFORM_16_BIT_OUTPUT_NAME, NQ_VECTOR_AVX2_TERMINATE_NAME};
+
+inline constexpr const nq_vector_library_names& nq_vector_library_names_of_level(int level)
+{
+    return level == 2 ? nq_vector_avx2_library_names : nq_vector_sse_library_names;
+}
+
 extern "C" {
 
 /* The four function types; every entry point below is declared through them, so a definition
