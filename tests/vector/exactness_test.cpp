@@ -41,6 +41,8 @@ const Exactness_case cases[] = {
      Pixels::random, true},
     {"exact ties", {0.5f, 0.5f, 0.5f, 1.5f, 0, 0, 0.25f, 0.25f, 0.5f}, Pixels::limits, true},
     {"all zero", {0, 0, 0, 0, 0, 0, 0, 0, 0}, Pixels::random, true},
+    {"fixed-point pieces near their 32-bit limits", {8000, -8000, 8000, -8000, 8000, -8000, 7999.5f, 0.25f, -8000},
+     Pixels::limits, true},
     {"int32 limits", {32768, 0.5f, 0.5f, -32768, -0.5f, 0, 32768, 0.5f, -0.5f}, Pixels::limits, true},
     {"identity with tiny cross terms", {1, 1e-5f, -3e-6f, 2e-6f, 1, 1e-5f, -1e-5f, 5e-6f, 1}, Pixels::random, true},
     {"huge coefficients", {3e9f, 0.75f, 1, -4e9f, 1, 0.25f, 65536, -1.5e9f, 0.75f}, Pixels::random, true},

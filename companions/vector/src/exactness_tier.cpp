@@ -1,57 +1,17 @@
 #include "exactness_tier.hpp"
 
+#include "fixed_point_matrix.hpp"
+#include "float_parts.hpp"
+
 #include <cstdint>
-#include <cstring>
 
 namespace {
+
+using namespace float_parts;
 
 constexpr uint64_t largest_sample = 65535;
 constexpr int plain_bits = 53;
 constexpr int compensated_bits = 64;
-
-// A finite float's magnitude as integer * 2^exponent, the integer odd (or 0) and below 2^24.
-struct Scaled_integer {
-    uint32_t integer;
-    int exponent;
-};
-
-uint32_t bits_of(float value)
-{
-    uint32_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    return bits;
-}
-
-bool is_finite(float value)
-{
-    return ((bits_of(value) >> 23) & 0xFFu) != 0xFFu;
-}
-
-Scaled_integer scaled_magnitude(float value)
-{
-    const uint32_t bits = bits_of(value);
-    const uint32_t biased_exponent = (bits >> 23) & 0xFFu;
-    const uint32_t fraction = bits & 0x7FFFFFu;
-    Scaled_integer scaled = biased_exponent == 0
-                                ? Scaled_integer{fraction, -149}  // zero or subnormal
-                                : Scaled_integer{fraction | 0x800000u, static_cast<int>(biased_exponent) - 150};
-    if (scaled.integer == 0) return scaled;
-    while ((scaled.integer & 1u) == 0) {
-        scaled.integer >>= 1;
-        ++scaled.exponent;
-    }
-    return scaled;
-}
-
-int bit_length(uint64_t value)
-{
-    int length = 0;
-    while (value != 0) {
-        value >>= 1;
-        ++length;
-    }
-    return length;
-}
 
 // Bits needed by N (see the header) for one finite row; more than compensated_bits is reported
 // as compensated_bits + 1.
@@ -84,6 +44,8 @@ int row_bits(const float* row)
 
 Exactness_tier exactness_tier(const float* matrix)
 {
+    Fixed_point_matrix form;
+    if (fixed_point_matrix(matrix, form)) return Exactness_tier::fixed_point;
     int bits = 0;
     for (int row = 0; row < 3; ++row) {
         const float* coefficients = matrix + 3 * row;

@@ -22,11 +22,12 @@
 #pragma once
 
 enum class Exactness_tier {
+    fixed_point,  // 16-bit multiply-adds on integers are exact (fixed_point_matrix.hpp)
     plain,        // plain (or fused) double arithmetic is exact
     compensated,  // double arithmetic with TwoSum error terms reproduces the x87 result
     scalar_only,  // the call must be left to the scalar engine
 };
 
-// The tier of the whole call: the most demanding tier of the three rows of the row-major
-// matrix.
+// The tier of the whole call: fixed_point when every row has a fixed-point form, otherwise the
+// most demanding tier of the three rows of the row-major matrix.
 Exactness_tier exactness_tier(const float* matrix);

@@ -25,19 +25,23 @@ constexpr Pattern repeated(const Lane_bytes& lane)
     return pattern;
 }
 
+// Moves 16-bit words of the source into the 16-bit halves of the lane: words[k] to half k; a
+// negative word leaves its half zero.
+constexpr Pattern words_to_halves(const int (&words)[8])
+{
+    Lane_bytes lane{};
+    for (int k = 0; k < 8; ++k) {
+        lane.source[2 * k] = words[k] < 0 ? -1 : 2 * words[k];
+        lane.source[2 * k + 1] = words[k] < 0 ? -1 : 2 * words[k] + 1;
+    }
+    return repeated(lane);
+}
+
 // Moves 16-bit word words[k] of the source into the low half of 32-bit lane k (zero-extended);
 // a negative word leaves lane k zero.
 constexpr Pattern words_to_lanes(int w0, int w1, int w2, int w3)
 {
-    const int words[4] = {w0, w1, w2, w3};
-    Lane_bytes lane{};
-    for (int k = 0; k < 4; ++k) {
-        lane.source[4 * k] = words[k] < 0 ? -1 : 2 * words[k];
-        lane.source[4 * k + 1] = words[k] < 0 ? -1 : 2 * words[k] + 1;
-        lane.source[4 * k + 2] = -1;
-        lane.source[4 * k + 3] = -1;
-    }
-    return repeated(lane);
+    return words_to_halves({w0, -1, w1, -1, w2, -1, w3, -1});
 }
 
 // Moves the low byte of 32-bit lane k to byte stride * k + offset; the other bytes are 0.
@@ -57,6 +61,29 @@ inline constexpr Pattern channel_of_first_pixels[3] = {words_to_lanes(0, 3, -1, 
                                                        words_to_lanes(2, 5, -1, -1)};
 inline constexpr Pattern channel_of_last_pixels[3] = {words_to_lanes(-1, -1, 2, 5), words_to_lanes(-1, -1, 3, 6),
                                                       words_to_lanes(-1, -1, 4, 7)};
+
+// Interleaved 16-bit input as word pairs in 32-bit lanes, from the same two loads: for each of
+// four pixels, its word `low` (0..2) in the lane's low half and its word `high` in the high
+// half (0 when `high` is negative).
+struct Pair_patterns {
+    Pattern first_pixels;  // pixels 0, 1 from words 0..7
+    Pattern last_pixels;   // pixels 2, 3 from words 4..11
+};
+
+constexpr int word_at(int word, int offset)
+{
+    return word < 0 ? -1 : word + offset;
+}
+
+constexpr Pair_patterns word_pairs(int low, int high)
+{
+    return {words_to_halves({low, high, word_at(low, 3), word_at(high, 3), -1, -1, -1, -1}),
+            words_to_halves({-1, -1, -1, -1, word_at(low, 2), word_at(high, 2), word_at(low, 5), word_at(high, 5)})};
+}
+
+// Index 0: blue, green, red in memory order; 1: red, green, blue.
+inline constexpr Pair_patterns red_green_pairs[2] = {word_pairs(2, 1), word_pairs(0, 1)};
+inline constexpr Pair_patterns blue_words[2] = {word_pairs(0, -1), word_pairs(2, -1)};
 
 // The low 16 bits of each 32-bit lane, packed into the lane's low 8 bytes.
 inline constexpr Pattern low_words =

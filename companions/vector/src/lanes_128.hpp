@@ -96,6 +96,28 @@ struct Lanes_128 {
         return lanes_128::four_entries(indices, table);
     }
 
+    // Four interleaved pixels (`ORDER` 0: blue, green, red; 1: red, green, blue) as the word
+    // pairs of the fixed-point sums: (red, green) and (blue, 0) in each 32-bit lane.
+    template <int ORDER>
+    static void load_pixel_pairs(const uint16_t* pixels, Lanes& red_green, Lanes& blue)
+    {
+        using namespace lane_shuffles;
+        const Lanes first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels));
+        const Lanes second = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels + 4));
+        red_green = _mm_or_si128(_mm_shuffle_epi8(first, lanes_128::pattern(red_green_pairs[ORDER].first_pixels)),
+                                 _mm_shuffle_epi8(second, lanes_128::pattern(red_green_pairs[ORDER].last_pixels)));
+        blue = _mm_or_si128(_mm_shuffle_epi8(first, lanes_128::pattern(blue_words[ORDER].first_pixels)),
+                            _mm_shuffle_epi8(second, lanes_128::pattern(blue_words[ORDER].last_pixels)));
+    }
+
+    // The low 16 bits of `low` and of `high` as the low and high halves of each lane.
+    static Lanes word_pairs(Lanes low, Lanes high) { return _mm_blend_epi16(low, _mm_slli_epi32(high, 16), 0xAA); }
+    static Lanes multiply_add_pairs(Lanes a, Lanes b) { return _mm_madd_epi16(a, b); }
+    static Lanes add(Lanes a, Lanes b) { return _mm_add_epi32(a, b); }
+    static Lanes bitwise_xor(Lanes a, Lanes b) { return _mm_xor_si128(a, b); }
+    template <int BITS>
+    static Lanes shift_right_arithmetic_by(Lanes v) { return _mm_srai_epi32(v, BITS); }
+
     static Lanes low_16_bits(Lanes v) { return _mm_blend_epi16(v, _mm_setzero_si128(), 0xAA); }
     static Lanes zero() { return _mm_setzero_si128(); }
     static Lanes broadcast_lanes(int32_t value) { return _mm_set1_epi32(value); }

@@ -20,6 +20,7 @@
 #pragma once
 
 #include "exactness_tier.hpp"
+#include "fixed_point_matrix.hpp"
 #include "rounding_scope.hpp"
 #include "scalar_engine/transform_arguments.hpp"
 
@@ -54,6 +55,24 @@ template <typename Sums>
 struct Matrix_constants {
     typename Sums::Doubles coefficient[9];
     typename Sums::Doubles half;
+};
+
+// The fixed-point form of the matrix (fixed_point_matrix.hpp) as vectors of word pairs.
+template <typename Ints>
+struct Fixed_point_row_constants {
+    typename Ints::Lanes low_red_green;      // (low red piece, low green piece)
+    typename Ints::Lanes low_blue_constant;  // (low blue piece, low constant piece)
+    typename Ints::Lanes high_red_green;
+    typename Ints::Lanes high_blue_constant;
+    typename Ints::Shift_count shift;
+};
+
+// What the sums stages of one instruction set read of the matrix: the doubles in the plain and
+// compensated tiers, the fixed-point form in the fixed_point tier.
+template <typename Isa>
+struct Sums_constants {
+    Matrix_constants<typename Isa::Sums> doubles;
+    Fixed_point_row_constants<typename Isa::Finish> fixed_point[3];  // rows yielding red, green, blue
 };
 
 template <typename Finish>
@@ -166,12 +185,14 @@ inline void store_matrix_product(const Matrix_constants<Sums>& matrix, typename 
     Sums::store_lanes(block.blue + k, Sums::truncate(rounded_sum<Sums, TIER>(matrix, 2, r, g, b)));
 }
 
-template <typename Sums, int INPUT_FORMAT, bool BLUE_INPUT_LUT, bool GREEN_INPUT_LUT, bool RED_INPUT_LUT,
+template <typename Isa, int INPUT_FORMAT, bool BLUE_INPUT_LUT, bool GREEN_INPUT_LUT, bool RED_INPUT_LUT,
           Exactness_tier TIER>
-__attribute__((noinline)) void compute_block_sums(const Sums_inputs& in, const Matrix_constants<Sums>& matrix,
-                                                  int32_t begin, int32_t count, Block& block)
+void compute_block_double_sums(const Sums_inputs& in, const Sums_constants<Isa>& constants, int32_t begin,
+                               int32_t count, Block& block)
 {
-    const Sums_inputs inputs = in;  // a local copy, which the block's stores cannot alias
+    using Sums = typename Isa::Sums;
+    const Sums_inputs inputs = in;  // local copies, which the block's stores cannot alias
+    const Matrix_constants<Sums> matrix = constants.doubles;
     if constexpr (BLUE_INPUT_LUT || GREEN_INPUT_LUT || RED_INPUT_LUT) {
         for (int32_t k = 0; k < count; k += Sums::width) {
             const std::size_t i = static_cast<std::size_t>(begin + k);
@@ -186,6 +207,103 @@ __attribute__((noinline)) void compute_block_sums(const Sums_inputs& in, const M
             load_input_doubles<Sums, INPUT_FORMAT>(inputs, static_cast<std::size_t>(begin + k), b, g, r);
             store_matrix_product<Sums, TIER>(matrix, r, g, b, block, k);
         }
+    }
+}
+
+// A 32-bit lane of two words.
+inline int32_t word_pair(int16_t low, int16_t high)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint16_t>(low)) |
+                                static_cast<uint32_t>(static_cast<uint16_t>(high)) << 16);
+}
+
+// One channel of Ints::width pixels as 32-bit lanes, through its input table when APPLIED.
+template <typename Isa, int INPUT_FORMAT, int CHANNEL, bool APPLIED>
+[[gnu::always_inline]] inline typename Isa::Finish::Lanes wide_channel_lanes(const Sums_inputs& in, std::size_t i,
+                                                                             const LUT_entry* table)
+{
+    using Ints = typename Isa::Finish;
+    using Quarter = typename Isa::Sums;  // four pixels' lanes
+    constexpr bool planar = INPUT_FORMAT != NQ_COLOR_FORMAT_BGR_PIXEL && INPUT_FORMAT != NQ_COLOR_FORMAT_RGB_PIXEL;
+    if constexpr (planar && !APPLIED) {
+        static_cast<void>(table);
+        return Ints::load_plane(in.input + CHANNEL * in.plane + i);
+    } else if constexpr (Ints::width == 4) {
+        return channel_lanes<Quarter, INPUT_FORMAT, CHANNEL, APPLIED>(in, i, table);
+    } else {
+        return Ints::join(channel_lanes<Quarter, INPUT_FORMAT, CHANNEL, APPLIED>(in, i, table),
+                          channel_lanes<Quarter, INPUT_FORMAT, CHANNEL, APPLIED>(in, i + 4, table));
+    }
+}
+
+// The fixed-point sums' word pairs of Ints::width pixels: (red, green) and (blue, 2^14), each
+// sample (or table entry) minus 32768 as a signed word.
+template <typename Isa, int INPUT_FORMAT, bool BLUE_INPUT_LUT, bool GREEN_INPUT_LUT, bool RED_INPUT_LUT>
+[[gnu::always_inline]] inline void signed_word_pairs(const Sums_inputs& in, std::size_t i,
+                                                     typename Isa::Finish::Lanes& red_green,
+                                                     typename Isa::Finish::Lanes& blue_constant)
+{
+    using Ints = typename Isa::Finish;
+    constexpr bool interleaved = INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL || INPUT_FORMAT == NQ_COLOR_FORMAT_RGB_PIXEL;
+    typename Ints::Lanes blue;
+    if constexpr (interleaved && !BLUE_INPUT_LUT && !GREEN_INPUT_LUT && !RED_INPUT_LUT) {
+        Ints::template load_pixel_pairs<INPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL ? 0 : 1>(in.input + 3 * i, red_green,
+                                                                                          blue);
+    } else {
+        const auto red = wide_channel_lanes<Isa, INPUT_FORMAT, 2, RED_INPUT_LUT>(in, i, in.red_input_LUT);
+        const auto green = wide_channel_lanes<Isa, INPUT_FORMAT, 1, GREEN_INPUT_LUT>(in, i, in.green_input_LUT);
+        blue = wide_channel_lanes<Isa, INPUT_FORMAT, 0, BLUE_INPUT_LUT>(in, i, in.blue_input_LUT);
+        red_green = Ints::word_pairs(red, green);
+    }
+    // Flipping bit 15 subtracts 32768 from a word read as signed; blue's partner word 0 becomes
+    // the constant word.
+    red_green = Ints::bitwise_xor(red_green, Ints::broadcast_lanes(static_cast<int32_t>(0x80008000u)));
+    blue_constant = Ints::bitwise_xor(blue, Ints::broadcast_lanes(word_pair(int16_t{-32768}, constant_word)));
+}
+
+// floor(S) of one row for Ints::width pixels (see fixed_point_matrix.hpp).
+template <typename Ints>
+[[gnu::always_inline]] inline typename Ints::Lanes fixed_point_sum(const Fixed_point_row_constants<Ints>& row,
+                                                                   typename Ints::Lanes red_green,
+                                                                   typename Ints::Lanes blue_constant)
+{
+    const auto low = Ints::add(Ints::multiply_add_pairs(red_green, row.low_red_green),
+                               Ints::multiply_add_pairs(blue_constant, row.low_blue_constant));
+    const auto high = Ints::add(Ints::multiply_add_pairs(red_green, row.high_red_green),
+                                Ints::multiply_add_pairs(blue_constant, row.high_blue_constant));
+    return Ints::shift_right_arithmetic(Ints::add(high, Ints::template shift_right_arithmetic_by<14>(low)), row.shift);
+}
+
+template <typename Isa, int INPUT_FORMAT, bool BLUE_INPUT_LUT, bool GREEN_INPUT_LUT, bool RED_INPUT_LUT>
+void compute_block_fixed_point_sums(const Sums_inputs& in, const Sums_constants<Isa>& constants, int32_t begin,
+                                    int32_t count, Block& block)
+{
+    using Ints = typename Isa::Finish;
+    const Sums_inputs inputs = in;  // local copies, which the block's stores cannot alias
+    const Fixed_point_row_constants<Ints> red_row = constants.fixed_point[0];
+    const Fixed_point_row_constants<Ints> green_row = constants.fixed_point[1];
+    const Fixed_point_row_constants<Ints> blue_row = constants.fixed_point[2];
+    for (int32_t k = 0; k < count; k += Ints::width) {
+        typename Ints::Lanes red_green, blue_constant;
+        signed_word_pairs<Isa, INPUT_FORMAT, BLUE_INPUT_LUT, GREEN_INPUT_LUT, RED_INPUT_LUT>(
+            inputs, static_cast<std::size_t>(begin + k), red_green, blue_constant);
+        Ints::store_lanes(block.red + k, fixed_point_sum(red_row, red_green, blue_constant));
+        Ints::store_lanes(block.green + k, fixed_point_sum(green_row, red_green, blue_constant));
+        Ints::store_lanes(block.blue + k, fixed_point_sum(blue_row, red_green, blue_constant));
+    }
+}
+
+template <typename Isa, int INPUT_FORMAT, bool BLUE_INPUT_LUT, bool GREEN_INPUT_LUT, bool RED_INPUT_LUT,
+          Exactness_tier TIER>
+__attribute__((noinline)) void compute_block_sums(const Sums_inputs& in, const Sums_constants<Isa>& constants,
+                                                  int32_t begin, int32_t count, Block& block)
+{
+    if constexpr (TIER == Exactness_tier::fixed_point) {
+        compute_block_fixed_point_sums<Isa, INPUT_FORMAT, BLUE_INPUT_LUT, GREEN_INPUT_LUT, RED_INPUT_LUT>(
+            in, constants, begin, count, block);
+    } else {
+        compute_block_double_sums<Isa, INPUT_FORMAT, BLUE_INPUT_LUT, GREEN_INPUT_LUT, RED_INPUT_LUT, TIER>(
+            in, constants, begin, count, block);
     }
 }
 
@@ -239,10 +357,11 @@ inline void store_output(T* output, std::size_t plane, std::size_t i, typename F
 
 template <typename Finish, bool BLUE_OUTPUT_LUT, bool GREEN_OUTPUT_LUT, bool RED_OUTPUT_LUT, bool SHIFT_LEFT,
           bool SHIFT_RIGHT, bool FOURTH_CHANNEL, int OUTPUT_FORMAT, typename T>
-__attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& out, int32_t begin, int32_t count,
+__attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& constants, int32_t begin, int32_t count,
                                             Block& block)
 {
-    T* const output = out.output;  // locals, which the output stores cannot alias
+    const Finish_constants<Finish, T> out = constants;  // a local copy, which the output stores cannot alias
+    T* const output = out.output;
     const std::size_t plane = out.plane;
     constexpr bool any_output_LUT = BLUE_OUTPUT_LUT || GREEN_OUTPUT_LUT || RED_OUTPUT_LUT;
     if constexpr (any_output_LUT) {
@@ -278,32 +397,33 @@ inline int format_index(NQ_COLOR_FORMAT format)
     return format == NQ_COLOR_FORMAT_BGR_PIXEL ? 1 : format == NQ_COLOR_FORMAT_RGB_PIXEL ? 2 : 0;
 }
 
-template <typename Sums>
-using Sums_stage = void (*)(const Sums_inputs&, const Matrix_constants<Sums>&, int32_t, int32_t, Block&);
+template <typename Isa>
+using Sums_stage = void (*)(const Sums_inputs&, const Sums_constants<Isa>&, int32_t, int32_t, Block&);
 
-// Index: input format * 16 + red, green, blue input table bits * 2 + tier.
-template <typename Sums, int INDEX>
-constexpr Sums_stage<Sums> sums_stage()
+constexpr int tier_count = 3;  // every tier but scalar_only
+
+// Index: (input format * 8 + red, green, blue input table bits) * tier_count + tier.
+template <typename Isa, int INDEX>
+constexpr Sums_stage<Isa> sums_stage()
 {
-    constexpr Exactness_tier tier = INDEX % 2 == 0 ? Exactness_tier::plain : Exactness_tier::compensated;
-    return &compute_block_sums<Sums, INDEX / 16, (INDEX / 2) % 2 != 0, (INDEX / 4) % 2 != 0, (INDEX / 8) % 2 != 0,
-                               tier>;
+    constexpr int options = INDEX / tier_count;
+    return &compute_block_sums<Isa, options / 8, (options / 1) % 2 != 0, (options / 2) % 2 != 0, (options / 4) % 2 != 0,
+                               static_cast<Exactness_tier>(INDEX % tier_count)>;
 }
 
-template <typename Sums, int... INDEX>
-constexpr std::array<Sums_stage<Sums>, sizeof...(INDEX)> sums_stages(std::integer_sequence<int, INDEX...>)
+template <typename Isa, int... INDEX>
+constexpr std::array<Sums_stage<Isa>, sizeof...(INDEX)> sums_stages(std::integer_sequence<int, INDEX...>)
 {
-    return {sums_stage<Sums, INDEX>()...};
+    return {sums_stage<Isa, INDEX>()...};
 }
 
-template <typename Sums, typename T>
-Sums_stage<Sums> choose_sums_stage(const Transform_arguments<T>& a, Exactness_tier tier)
+template <typename Isa, typename T>
+Sums_stage<Isa> choose_sums_stage(const Transform_arguments<T>& a, Exactness_tier tier)
 {
-    static constexpr auto stages = sums_stages<Sums>(std::make_integer_sequence<int, 48>());
-    const int index = format_index(a.input_buffer_format) * 16 + (a.red_input_LUT_enabled ? 8 : 0) +
-                      (a.green_input_LUT_enabled ? 4 : 0) + (a.blue_input_LUT_enabled ? 2 : 0) +
-                      (tier == Exactness_tier::compensated ? 1 : 0);
-    return stages[static_cast<std::size_t>(index)];
+    static constexpr auto stages = sums_stages<Isa>(std::make_integer_sequence<int, 3 * 8 * tier_count>());
+    const int options = format_index(a.input_buffer_format) * 8 + (a.red_input_LUT_enabled ? 4 : 0) +
+                        (a.green_input_LUT_enabled ? 2 : 0) + (a.blue_input_LUT_enabled ? 1 : 0);
+    return stages[static_cast<std::size_t>(options * tier_count + static_cast<int>(tier))];
 }
 
 template <typename Finish, typename T>
@@ -347,6 +467,33 @@ Matrix_constants<Sums> matrix_constants(const float* matrix)
     return constants;
 }
 
+template <typename Ints>
+Fixed_point_row_constants<Ints> fixed_point_row_constants(const Fixed_point_row& row)
+{
+    Fixed_point_row_constants<Ints> constants;
+    constants.low_red_green = Ints::broadcast_lanes(word_pair(row.low[0], row.low[1]));
+    constants.low_blue_constant = Ints::broadcast_lanes(word_pair(row.low[2], row.low_constant));
+    constants.high_red_green = Ints::broadcast_lanes(word_pair(row.high[0], row.high[1]));
+    constants.high_blue_constant = Ints::broadcast_lanes(word_pair(row.high[2], row.high_constant));
+    constants.shift = Ints::shift_count(row.shift);
+    return constants;
+}
+
+template <typename Isa>
+Sums_constants<Isa> sums_constants(const float* matrix, Exactness_tier tier)
+{
+    Sums_constants<Isa> constants{};
+    Fixed_point_matrix form;
+    if (tier == Exactness_tier::fixed_point && fixed_point_matrix(matrix, form)) {
+        for (int row = 0; row < 3; ++row) {
+            constants.fixed_point[row] = fixed_point_row_constants<typename Isa::Finish>(form.rows[row]);
+        }
+    } else {
+        constants.doubles = matrix_constants<typename Isa::Sums>(matrix);
+    }
+    return constants;
+}
+
 // The scalar engine shifts by the distance modulo 32: left for a positive distance, right for a
 // negative one by its negation.
 template <typename Finish>
@@ -382,13 +529,13 @@ int transform(const Transform_arguments<T>& a)
     const Rounding_scope rounding;
     const std::size_t plane = static_cast<std::size_t>(a.pixel_count);
     const Sums_inputs inputs{a.input_buffer, plane, a.blue_input_LUT, a.green_input_LUT, a.red_input_LUT};
-    const Matrix_constants<Sums> matrix = matrix_constants<Sums>(a.matrix);
+    const Sums_constants<Isa> matrix = sums_constants<Isa>(a.matrix, tier);
     const Finish_constants<Finish, T> outputs{
         a.output_buffer, plane,
         channel_constants<Finish>(a.blue_clamp_min, a.blue_clamp_max, a.blue_shift_distance, a.blue_output_LUT),
         channel_constants<Finish>(a.green_clamp_min, a.green_clamp_max, a.green_shift_distance, a.green_output_LUT),
         channel_constants<Finish>(a.red_clamp_min, a.red_clamp_max, a.red_shift_distance, a.red_output_LUT)};
-    const Sums_stage<Sums> sums = choose_sums_stage<Sums>(a, tier);
+    const Sums_stage<Isa> sums = choose_sums_stage<Isa>(a, tier);
     const Finish_stage<Finish, T> finish = choose_finish_stage<Finish>(a);
 
     Block block;

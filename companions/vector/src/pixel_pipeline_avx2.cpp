@@ -99,6 +99,37 @@ struct Lanes_256 {
     static Shift_count shift_count(int bits) { return _mm_cvtsi32_si128(bits); }
     static Lanes low_16_bits(Lanes v) { return _mm256_blend_epi16(v, _mm256_setzero_si256(), 0xAA); }
 
+    // --- the fixed-point sums (see Lanes_128 for the 128-bit forms) ---
+    static Lanes join(__m128i first_four, __m128i last_four)
+    {
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(first_four), last_four, 1);
+    }
+    static Lanes load_plane(const uint16_t* samples)
+    {
+        return _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(samples)));
+    }
+    template <int ORDER>
+    static void load_pixel_pairs(const uint16_t* pixels, Lanes& red_green, Lanes& blue)
+    {
+        using namespace lane_shuffles;
+        auto load = [](const uint16_t* words) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(words)); };
+        const __m256i first = join(load(pixels), load(pixels + 12));        // pixels 0, 1 | 4, 5 whole
+        const __m256i second = join(load(pixels + 4), load(pixels + 16));  // pixels 2, 3 | 6, 7 whole
+        red_green = _mm256_or_si256(_mm256_shuffle_epi8(first, pattern(red_green_pairs[ORDER].first_pixels)),
+                                    _mm256_shuffle_epi8(second, pattern(red_green_pairs[ORDER].last_pixels)));
+        blue = _mm256_or_si256(_mm256_shuffle_epi8(first, pattern(blue_words[ORDER].first_pixels)),
+                               _mm256_shuffle_epi8(second, pattern(blue_words[ORDER].last_pixels)));
+    }
+    static Lanes word_pairs(Lanes low, Lanes high)
+    {
+        return _mm256_blend_epi16(low, _mm256_slli_epi32(high, 16), 0xAA);
+    }
+    static Lanes multiply_add_pairs(Lanes a, Lanes b) { return _mm256_madd_epi16(a, b); }
+    static Lanes add(Lanes a, Lanes b) { return _mm256_add_epi32(a, b); }
+    static Lanes bitwise_xor(Lanes a, Lanes b) { return _mm256_xor_si256(a, b); }
+    template <int BITS>
+    static Lanes shift_right_arithmetic_by(Lanes v) { return _mm256_srai_epi32(v, BITS); }
+
     [[gnu::always_inline]] static Lanes look_up(const int32_t* indices, const LUT_entry* table)
     {
         return _mm256_inserti128_si256(_mm256_castsi128_si256(lanes_128::four_entries(indices, table)),
