@@ -140,8 +140,9 @@ struct Lanes_128 {
         lanes_128::store_4_bytes(samples, _mm_shuffle_epi8(v, lanes_128::pattern(lane_shuffles::low_bytes)));
     }
 
-    // Channels c0, c1, c2 in memory order, then a zero fourth sample when FOURTH_CHANNEL.
-    template <bool FOURTH_CHANNEL>
+    // Channels c0, c1, c2 in memory order, then a zero fourth sample when FOURTH_CHANNEL. The
+    // stores stay within the four pixels (PAST_END is for the wider layer).
+    template <bool FOURTH_CHANNEL, bool PAST_END>
     static void store_pixels(uint16_t* pixels, Lanes c0, Lanes c1, Lanes c2)
     {
         const __m128i first_two = _mm_blend_epi16(c0, _mm_slli_epi32(c1, 16), 0xAA);
@@ -161,7 +162,7 @@ struct Lanes_128 {
         }
     }
 
-    template <bool FOURTH_CHANNEL>
+    template <bool FOURTH_CHANNEL, bool PAST_END>
     static void store_pixels(uint8_t* pixels, Lanes c0, Lanes c1, Lanes c2)
     {
         using namespace lane_shuffles;

@@ -27,6 +27,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 namespace pixel_pipeline {
@@ -338,15 +339,17 @@ template <typename Finish, bool APPLIED>
     return Finish::load_lanes(values);
 }
 
-template <typename Finish, int OUTPUT_FORMAT, bool FOURTH_CHANNEL, typename T>
+// PAST_END: the store of interleaved pixels may also write a few bytes after them, which the
+// next group's store then overwrites; the last group of a block is stored exactly.
+template <typename Finish, int OUTPUT_FORMAT, bool FOURTH_CHANNEL, bool PAST_END, typename T>
 inline void store_output(T* output, std::size_t plane, std::size_t i, typename Finish::Lanes blue,
                          typename Finish::Lanes green, typename Finish::Lanes red)
 {
     constexpr std::size_t channels = FOURTH_CHANNEL ? 4 : 3;
     if constexpr (OUTPUT_FORMAT == NQ_COLOR_FORMAT_BGR_PIXEL) {
-        Finish::template store_pixels<FOURTH_CHANNEL>(output + channels * i, blue, green, red);
+        Finish::template store_pixels<FOURTH_CHANNEL, PAST_END>(output + channels * i, blue, green, red);
     } else if constexpr (OUTPUT_FORMAT == NQ_COLOR_FORMAT_RGB_PIXEL) {
-        Finish::template store_pixels<FOURTH_CHANNEL>(output + channels * i, red, green, blue);
+        Finish::template store_pixels<FOURTH_CHANNEL, PAST_END>(output + channels * i, red, green, blue);
     } else {
         Finish::store_plane(output + i, blue);
         Finish::store_plane(output + plane + i, green);
@@ -372,7 +375,7 @@ __attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& c
             Finish::store_lanes(block.red + k, clamped(Finish::load_lanes(block.red + k), out.red));
         }
     }
-    for (int32_t k = 0; k < count; k += Finish::width) {
+    auto finish_group = [&](int32_t k, auto past_end) {
         typename Finish::Lanes blue = output_lanes<Finish, BLUE_OUTPUT_LUT>(block.blue + k, out.blue.output_LUT);
         typename Finish::Lanes green = output_lanes<Finish, GREEN_OUTPUT_LUT>(block.green + k, out.green.output_LUT);
         typename Finish::Lanes red = output_lanes<Finish, RED_OUTPUT_LUT>(block.red + k, out.red.output_LUT);
@@ -381,10 +384,18 @@ __attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& c
             green = clamped(green, out.green);
             red = clamped(red, out.red);
         }
-        store_output<Finish, OUTPUT_FORMAT, FOURTH_CHANNEL>(output, plane, static_cast<std::size_t>(begin + k),
-                                                            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(blue, out.blue),
-                                                            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(green, out.green),
-                                                            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(red, out.red));
+        store_output<Finish, OUTPUT_FORMAT, FOURTH_CHANNEL, decltype(past_end)::value>(
+            output, plane, static_cast<std::size_t>(begin + k), shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(blue, out.blue),
+            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(green, out.green),
+            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(red, out.red));
+    };
+    constexpr bool three_interleaved_channels = OUTPUT_FORMAT != 0 && !FOURTH_CHANNEL;
+    if constexpr (three_interleaved_channels) {
+        const int32_t last = count - Finish::width;  // count is a positive multiple of the width
+        for (int32_t k = 0; k < last; k += Finish::width) finish_group(k, std::true_type{});
+        finish_group(last, std::false_type{});
+    } else {
+        for (int32_t k = 0; k < count; k += Finish::width) finish_group(k, std::false_type{});
     }
 }
 

@@ -156,27 +156,39 @@ struct Lanes_256 {
         _mm_storel_epi64(reinterpret_cast<__m128i*>(samples), joined);
     }
 
-    // Channels c0, c1, c2 in memory order, then a zero fourth sample when FOURTH_CHANNEL.
-    template <bool FOURTH_CHANNEL>
+    // Channels c0, c1, c2 in memory order, then a zero fourth sample when FOURTH_CHANNEL. With
+    // PAST_END, three channels are stored as four overlapping 16-byte pieces, each lane as it
+    // is, the last of which writes 4 bytes past the pixels; without, the lanes are joined first.
+    template <bool FOURTH_CHANNEL, bool PAST_END>
     static void store_pixels(uint16_t* pixels, Lanes c0, Lanes c1, Lanes c2)
     {
         const __m256i first_two = _mm256_blend_epi16(c0, _mm256_slli_epi32(c1, 16), 0xAA);
         const __m256i third = low_16_bits(c2);
         const __m256i pairs_low = _mm256_unpacklo_epi32(first_two, third);   // pixels 0, 1 | 4, 5
         const __m256i pairs_high = _mm256_unpackhi_epi32(first_two, third);  // pixels 2, 3 | 6, 7
-        const __m256i pixels_0_to_3 = _mm256_permute2x128_si256(pairs_low, pairs_high, 0x20);
-        const __m256i pixels_4_to_7 = _mm256_permute2x128_si256(pairs_low, pairs_high, 0x31);
         if constexpr (FOURTH_CHANNEL) {
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(pixels), pixels_0_to_3);
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(pixels + 16), pixels_4_to_7);
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(pixels), _mm256_permute2x128_si256(pairs_low, pairs_high, 0x20));
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(pixels + 16),
+                                _mm256_permute2x128_si256(pairs_low, pairs_high, 0x31));
+        } else if constexpr (PAST_END) {
+            const __m256i drop = pattern(lane_shuffles::drop_fourth_words);
+            const __m256i low = _mm256_shuffle_epi8(pairs_low, drop);
+            const __m256i high = _mm256_shuffle_epi8(pairs_high, drop);
+            auto store_16 = [](uint16_t* at, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(at), v); };
+            store_16(pixels, _mm256_castsi256_si128(low));
+            store_16(pixels + 6, _mm256_castsi256_si128(high));
+            store_16(pixels + 12, _mm256_extracti128_si256(low, 1));
+            store_16(pixels + 18, _mm256_extracti128_si256(high, 1));
         } else {
+            const __m256i pixels_0_to_3 = _mm256_permute2x128_si256(pairs_low, pairs_high, 0x20);
+            const __m256i pixels_4_to_7 = _mm256_permute2x128_si256(pairs_low, pairs_high, 0x31);
             const __m256i drop = pattern(lane_shuffles::drop_fourth_words);
             store_24_bytes(pixels, join_twelve_byte_lanes(_mm256_shuffle_epi8(pixels_0_to_3, drop)));
             store_24_bytes(pixels + 12, join_twelve_byte_lanes(_mm256_shuffle_epi8(pixels_4_to_7, drop)));
         }
     }
 
-    template <bool FOURTH_CHANNEL>
+    template <bool FOURTH_CHANNEL, bool PAST_END>
     static void store_pixels(uint8_t* pixels, Lanes c0, Lanes c1, Lanes c2)
     {
         using namespace lane_shuffles;
@@ -186,6 +198,9 @@ struct Lanes_256 {
                                               _mm256_shuffle_epi8(c2, pattern(placement[2])));
         if constexpr (FOURTH_CHANNEL) {
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(pixels), bytes);
+        } else if constexpr (PAST_END) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels), _mm256_castsi256_si128(bytes));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels + 12), _mm256_extracti128_si256(bytes, 1));
         } else {
             store_24_bytes(pixels, join_twelve_byte_lanes(bytes));
         }
