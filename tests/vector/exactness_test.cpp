@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -153,6 +154,35 @@ TEST_P(Vector_library_test, EveryCaseMatchesTheScalarEngineAndClaimsAsItsTierAll
             EXPECT_EQ(claimed, c.claimed && n >= step ? n - n % step : 0) << context;
             if (HasFailure()) return;
         }
+    }
+}
+
+// Matrices drawn at random across the tiers' limits: coefficients of either sign with 1 to 24
+// significant bits, a sixth of them 0, magnitudes up to 2^13 in every other matrix (about one
+// in five then has a fixed-point form) and from 2^-25 to 2^15 in the others, so that rows fall
+// on both sides of every bound of the fixed-point form and of the plain tier.
+TEST_P(Vector_library_test, RandomMatricesMatchTheScalarEngine)
+{
+    Sample_source source(5u);
+    for (int m = 0; m < 400; ++m) {
+        std::array<float, 9> matrix{};
+        for (float& c : matrix) {
+            const int bits = source.uniform(1, 24);
+            const float mantissa = static_cast<float>(source.uniform(1 << (bits - 1), (1 << bits) - 1));
+            const float sign = source.uniform(0, 1) == 0 ? -1.0f : 1.0f;
+            const int magnitude = m % 2 == 0 ? source.uniform(-10, 13) : source.uniform(-24, 15);
+            c = source.uniform(0, 5) == 0 ? 0.0f : sign * std::ldexp(mantissa, magnitude - bits);
+        }
+        const Options o = decode_options(source.uniform(0, option_combinations - 1));
+        const int32_t n = 67;
+        const std::vector<uint16_t> input = make_pixels(m / 2 % 2 == 0 ? Pixels::random : Pixels::limits, n, o.input_format, source);
+        const std::string context = "random matrix " + std::to_string(m) + ", " + describe(o);
+        if (o.eight_bit) {
+            compare<uint8_t>(o, input, matrix.data(), n, caller_mxcsr[0], context);
+        } else {
+            compare<uint16_t>(o, input, matrix.data(), n, caller_mxcsr[0], context);
+        }
+        if (HasFailure()) return;
     }
 }
 
