@@ -2,21 +2,23 @@
 // `Isa` (pixel_pipeline_sse41.cpp, pixel_pipeline_avx2.cpp). Isa::Sums supplies a group of
 // Isa::Sums::width pixels' values of one channel as 32-bit lanes and as doubles, the arithmetic
 // on the doubles and the input loads of each layout; Isa::Finish supplies groups of
-// Isa::Finish::width 32-bit lanes with the clamp, shifts and output stores of each layout.
+// Isa::Finish::width 32-bit lanes with the clamp, shifts and output stores of each layout, and
+// the 16-bit multiply-adds of the fixed-point sums, which work at that width too.
 //
 // A call claims the largest multiple of Isa::width pixels (a multiple of both group widths) and
 // leaves the rest to the scalar engine. It runs in blocks: the sums stage reads a block of
 // pixels, applies the input tables and the matrix, and stores the truncated sums of each channel
 // into a small array; the finish stage clamps, applies the output tables, shifts, narrows and
-// stores them. Each stage is a separate instance per combination of the options it involves (48
+// stores them. Each stage is a separate instance per combination of the options it involves (72
 // sums stages, 192 finish stages per sample width), chosen once per call, so no stage loop tests
 // an option while the library stays small. The block also lets each stage use the vector width
 // that suits it.
 //
-// Exactness: see exactness_tier.hpp. The products are exact in double, the sums are exact (or
+// Exactness: see exactness_tier.hpp. In the fixed-point tier the sums are integer arithmetic
+// (fixed_point_matrix.hpp). Otherwise the products are exact in double, the sums are exact (or
 // exactly compensated) and the truncation of cvttpd2dq gives 0x80000000 for NaN and for values
 // outside the int32 range, like the x87 conversion of the scalar engine. Everything after the
-// conversion is integer arithmetic, identical by construction.
+// sums is integer arithmetic, identical by construction.
 #pragma once
 
 #include "exactness_tier.hpp"
