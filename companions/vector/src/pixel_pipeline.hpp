@@ -29,7 +29,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
+#include <cstring>
 #include <utility>
 
 namespace pixel_pipeline {
@@ -341,8 +341,8 @@ template <typename Finish, bool APPLIED>
     return Finish::load_lanes(values);
 }
 
-// PAST_END: the store of interleaved pixels may also write a few bytes after them, which the
-// next group's store then overwrites; the last group of a block is stored exactly.
+// PAST_END: the store of three interleaved channels may also write a few bytes after the pixels,
+// which the next group's store then overwrites.
 template <typename Finish, int OUTPUT_FORMAT, bool FOURTH_CHANNEL, bool PAST_END, typename T>
 inline void store_output(T* output, std::size_t plane, std::size_t i, typename Finish::Lanes blue,
                          typename Finish::Lanes green, typename Finish::Lanes red)
@@ -377,7 +377,12 @@ __attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& c
             Finish::store_lanes(block.red + k, clamped(Finish::load_lanes(block.red + k), out.red));
         }
     }
-    auto finish_group = [&](int32_t k, auto past_end) {
+    // Three interleaved channels are stored with bytes past each group (see store_output), so
+    // the block's last group goes to a scratch group first and then exactly to the output.
+    constexpr bool past_end = OUTPUT_FORMAT != 0 && !FOURTH_CHANNEL;
+    constexpr std::size_t group_samples = 3 * Finish::width;
+    alignas(32) T scratch[group_samples + 16];
+    for (int32_t k = 0; k < count; k += Finish::width) {
         typename Finish::Lanes blue = output_lanes<Finish, BLUE_OUTPUT_LUT>(block.blue + k, out.blue.output_LUT);
         typename Finish::Lanes green = output_lanes<Finish, GREEN_OUTPUT_LUT>(block.green + k, out.green.output_LUT);
         typename Finish::Lanes red = output_lanes<Finish, RED_OUTPUT_LUT>(block.red + k, out.red.output_LUT);
@@ -386,18 +391,16 @@ __attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& c
             green = clamped(green, out.green);
             red = clamped(red, out.red);
         }
-        store_output<Finish, OUTPUT_FORMAT, FOURTH_CHANNEL, decltype(past_end)::value>(
-            output, plane, static_cast<std::size_t>(begin + k), shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(blue, out.blue),
+        const bool to_scratch = past_end && k + Finish::width == count;
+        store_output<Finish, OUTPUT_FORMAT, FOURTH_CHANNEL, past_end>(
+            to_scratch ? scratch : output, plane, to_scratch ? 0 : static_cast<std::size_t>(begin + k),
+            shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(blue, out.blue),
             shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(green, out.green),
             shifted<Finish, SHIFT_LEFT, SHIFT_RIGHT>(red, out.red));
-    };
-    constexpr bool three_interleaved_channels = OUTPUT_FORMAT != 0 && !FOURTH_CHANNEL;
-    if constexpr (three_interleaved_channels) {
-        const int32_t last = count - Finish::width;  // count is a positive multiple of the width
-        for (int32_t k = 0; k < last; k += Finish::width) finish_group(k, std::true_type{});
-        finish_group(last, std::false_type{});
-    } else {
-        for (int32_t k = 0; k < count; k += Finish::width) finish_group(k, std::false_type{});
+    }
+    if constexpr (past_end) {
+        const std::size_t last = static_cast<std::size_t>(begin + count - Finish::width);
+        std::memcpy(output + 3 * last, scratch, sizeof scratch - 16 * sizeof(T));
     }
 }
 
