@@ -381,7 +381,8 @@ __attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& c
     // the block's last group goes to a scratch group first and then exactly to the output.
     constexpr bool past_end = OUTPUT_FORMAT != 0 && !FOURTH_CHANNEL;
     constexpr std::size_t group_samples = 3 * Finish::width;
-    alignas(32) T scratch[group_samples + 16];
+    constexpr std::size_t room_past_end = 16;  // more samples than any store writes past a group
+    alignas(32) T scratch[group_samples + room_past_end];
     for (int32_t k = 0; k < count; k += Finish::width) {
         typename Finish::Lanes blue = output_lanes<Finish, BLUE_OUTPUT_LUT>(block.blue + k, out.blue.output_LUT);
         typename Finish::Lanes green = output_lanes<Finish, GREEN_OUTPUT_LUT>(block.green + k, out.green.output_LUT);
@@ -400,7 +401,7 @@ __attribute__((noinline)) void finish_block(const Finish_constants<Finish, T>& c
     }
     if constexpr (past_end) {
         const std::size_t last = static_cast<std::size_t>(begin + count - Finish::width);
-        std::memcpy(output + 3 * last, scratch, sizeof scratch - 16 * sizeof(T));
+        std::memcpy(output + 3 * last, scratch, group_samples * sizeof(T));
     }
 }
 
@@ -423,7 +424,7 @@ template <typename Isa, int INDEX>
 constexpr Sums_stage<Isa> sums_stage()
 {
     constexpr int options = INDEX / tier_count;
-    return &compute_block_sums<Isa, options / 8, (options / 1) % 2 != 0, (options / 2) % 2 != 0, (options / 4) % 2 != 0,
+    return &compute_block_sums<Isa, options / 8, options % 2 != 0, (options / 2) % 2 != 0, (options / 4) % 2 != 0,
                                static_cast<Exactness_tier>(INDEX % tier_count)>;
 }
 
