@@ -1,6 +1,5 @@
 #include "exactness_tier.hpp"
 
-#include "fixed_point_matrix.hpp"
 #include "float_parts.hpp"
 
 #include <cstdint>
@@ -42,9 +41,8 @@ int row_bits(const float* row)
 
 }  // namespace
 
-Exactness_tier exactness_tier(const float* matrix)
+Exactness_tier exactness_tier(const float* matrix, Fixed_point_matrix& form)
 {
-    Fixed_point_matrix form;
     if (fixed_point_matrix(matrix, form)) return Exactness_tier::fixed_point;
     int bits = 0;
     for (int row = 0; row < 3; ++row) {

@@ -21,6 +21,8 @@
 // the caller's floating-point control state.
 #pragma once
 
+#include "fixed_point_matrix.hpp"
+
 enum class Exactness_tier {
     fixed_point,  // 16-bit multiply-adds on integers are exact (fixed_point_matrix.hpp)
     plain,        // plain (or fused) double arithmetic is exact
@@ -28,6 +30,6 @@ enum class Exactness_tier {
     scalar_only,  // the call must be left to the scalar engine
 };
 
-// The tier of the whole call: fixed_point when every row has a fixed-point form, otherwise the
-// most demanding tier of the three rows of the row-major matrix.
-Exactness_tier exactness_tier(const float* matrix);
+// The tier of the whole call: fixed_point when every row has a fixed-point form, which is then
+// written to `form`; otherwise the most demanding tier of the three rows of the row-major matrix.
+Exactness_tier exactness_tier(const float* matrix, Fixed_point_matrix& form);

@@ -497,11 +497,10 @@ Fixed_point_row_constants<Ints> fixed_point_row_constants(const Fixed_point_row&
 }
 
 template <typename Isa>
-Sums_constants<Isa> sums_constants(const float* matrix, Exactness_tier tier)
+Sums_constants<Isa> sums_constants(const float* matrix, Exactness_tier tier, const Fixed_point_matrix& form)
 {
     Sums_constants<Isa> constants{};
-    Fixed_point_matrix form;
-    if (tier == Exactness_tier::fixed_point && fixed_point_matrix(matrix, form)) {
+    if (tier == Exactness_tier::fixed_point) {
         for (int row = 0; row < 3; ++row) {
             constants.fixed_point[row] = fixed_point_row_constants<typename Isa::Finish>(form.rows[row]);
         }
@@ -539,14 +538,15 @@ int transform(const Transform_arguments<T>& a)
     using Finish = typename Isa::Finish;
     static_assert(Isa::width % Sums::width == 0 && Isa::width % Finish::width == 0 && block_pixels % Isa::width == 0);
     if (a.pixel_count < Isa::width) return 0;
-    const Exactness_tier tier = exactness_tier(a.matrix);
+    Fixed_point_matrix form;
+    const Exactness_tier tier = exactness_tier(a.matrix, form);
     if (tier == Exactness_tier::scalar_only) return 0;
     const int32_t claimed = a.pixel_count - a.pixel_count % Isa::width;
 
     const Rounding_scope rounding;
     const std::size_t plane = static_cast<std::size_t>(a.pixel_count);
     const Sums_inputs inputs{a.input_buffer, plane, a.blue_input_LUT, a.green_input_LUT, a.red_input_LUT};
-    const Sums_constants<Isa> matrix = sums_constants<Isa>(a.matrix, tier);
+    const Sums_constants<Isa> matrix = sums_constants<Isa>(a.matrix, tier, form);
     const Finish_constants<Finish, T> outputs{
         a.output_buffer, plane,
         channel_constants<Finish>(a.blue_clamp_min, a.blue_clamp_max, a.blue_shift_distance, a.blue_output_LUT),
