@@ -15,8 +15,16 @@ constexpr int64_t sample_offset = 32768;  // X - 32768 is a signed 16-bit word
 constexpr int64_t largest_sample = 65535;
 constexpr int64_t largest_high_piece = int64_t{1} << piece_bits;  // keeps each product below 2^29
 constexpr int64_t int32_limit = int64_t{1} << 31;
-constexpr int largest_scale = 40;      // beyond it no non-zero coefficient fits the pieces
-constexpr int largest_coefficient_bits = 29;
+// The rounding half 2^(scale - 1) alone must fit the constant's pieces, which it does up to a scale
+// of about 43.
+constexpr int largest_scale = 40;
+constexpr int largest_coefficient_bits = 29;  // checked before shifting, so no shift overflows
+
+// With every high piece at most 2^14 (and low pieces below 2^13 in magnitude), every sum lies
+// within the int32 range, so the scalar engine's conversion never gives its out-of-range value.
+static_assert(3 * ((largest_high_piece << piece_bits) + (int64_t{1} << (piece_bits - 1))) * largest_sample <
+                  (int32_limit - 1) << smallest_scale,
+              "the pieces' bound keeps |S| below 2^31");
 
 struct Pieces {
     int64_t high;
@@ -39,7 +47,7 @@ bool scaled_coefficient(float m, int scale, int64_t& scaled)
         return true;
     }
     const int shift = magnitude.exponent + scale;  // >= 0: the scale covers every fraction bit
-    if (shift < 0 || bit_length(magnitude.integer) + shift > largest_coefficient_bits) return false;
+    if (bit_length(magnitude.integer) + shift > largest_coefficient_bits) return false;
     scaled = static_cast<int64_t>(magnitude.integer) << shift;
     if (is_negative(m)) scaled = -scaled;
     return true;
@@ -57,14 +65,10 @@ bool fixed_point_row(const float* row, Fixed_point_row& form)
     if (scale > largest_scale) return false;
 
     int64_t scaled[3];
-    int64_t magnitude_sum = 0;
     for (int k = 0; k < 3; ++k) {
         if (!scaled_coefficient(row[k], scale, scaled[k])) return false;
-        magnitude_sum += std::llabs(scaled[k]);
     }
     const int64_t half = int64_t{1} << (scale - 1);
-    // |T| bounds |S| * 2^scale; the scalar engine's conversion must stay within int32.
-    if (((magnitude_sum * largest_sample + half) >> scale) >= int32_limit - 1) return false;
 
     const int64_t constant = half + sample_offset * (scaled[0] + scaled[1] + scaled[2]);
     const Pieces constant_pieces = pieces_of(constant / (int64_t{1} << piece_bits));  // exact: see smallest_scale
