@@ -140,8 +140,9 @@ struct Lanes_128 {
         lanes_128::store_4_bytes(samples, _mm_shuffle_epi8(v, lanes_128::pattern(lane_shuffles::low_bytes)));
     }
 
-    // Channels c0, c1, c2 in memory order, then a zero fourth sample when FOURTH_CHANNEL. The
-    // stores stay within the four pixels (PAST_END is for the wider layer).
+    // Channels c0, c1, c2 in memory order, then a zero fourth sample when FOURTH_CHANNEL. With
+    // PAST_END, three channels are stored as whole 16-byte pieces, the last of which writes 4
+    // bytes past the pixels; without, exactly the pixels' bytes.
     template <bool FOURTH_CHANNEL, bool PAST_END>
     static void store_pixels(uint16_t* pixels, Lanes c0, Lanes c1, Lanes c2)
     {
@@ -156,6 +157,11 @@ struct Lanes_128 {
             const __m128i drop = lanes_128::pattern(lane_shuffles::drop_fourth_words);
             const __m128i first_twelve = _mm_shuffle_epi8(pixels_0_1, drop);
             const __m128i last_twelve = _mm_shuffle_epi8(pixels_2_3, drop);
+            if constexpr (PAST_END) {
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels), first_twelve);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels + 6), last_twelve);
+                return;
+            }
             _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels),
                              _mm_or_si128(first_twelve, _mm_slli_si128(last_twelve, 12)));
             _mm_storel_epi64(reinterpret_cast<__m128i*>(pixels + 8), _mm_srli_si128(last_twelve, 4));
@@ -170,7 +176,7 @@ struct Lanes_128 {
         const __m128i bytes = _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(c0, lanes_128::pattern(placement[0])),
                                                         _mm_shuffle_epi8(c1, lanes_128::pattern(placement[1]))),
                                            _mm_shuffle_epi8(c2, lanes_128::pattern(placement[2])));
-        if constexpr (FOURTH_CHANNEL) {
+        if constexpr (FOURTH_CHANNEL || PAST_END) {
             _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels), bytes);
         } else {
             _mm_storel_epi64(reinterpret_cast<__m128i*>(pixels), bytes);
