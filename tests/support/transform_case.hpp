@@ -10,9 +10,24 @@
 #include <cstdint>
 #include <vector>
 
-// Blue, green, red input tables, then blue, green, red output tables.
+// Blue, green, red input tables, then blue, green, red output tables, as in a Table_set.
+using Table_pointers = std::array<const LUT_entry*, 6>;
+
+template <typename T>
+void attach_tables(Transform_arguments<T>& a, const Table_pointers& t)
+{
+    a.blue_input_LUT = t[0], a.green_input_LUT = t[1], a.red_input_LUT = t[2];
+    a.blue_output_LUT = t[3], a.green_output_LUT = t[4], a.red_output_LUT = t[5];
+}
+
 struct Table_set {
     explicit Table_set(std::size_t entries = 65536) { for (auto& t : tables) t.assign(entries, 0); }
+    Table_pointers pointers() const
+    {
+        Table_pointers p{};
+        for (std::size_t k = 0; k < p.size(); ++k) p[k] = tables[k].data();
+        return p;
+    }
     std::array<std::vector<LUT_entry>, 6> tables;
 };
 
@@ -27,12 +42,7 @@ struct Transform_case {
           matrix{1, 0, 0, 0, 1, 0, 0, 0, 1}
     {
         arguments = Transform_arguments<T>{};
-        arguments.blue_input_LUT = table_set.tables[0].data();
-        arguments.green_input_LUT = table_set.tables[1].data();
-        arguments.red_input_LUT = table_set.tables[2].data();
-        arguments.blue_output_LUT = table_set.tables[3].data();
-        arguments.green_output_LUT = table_set.tables[4].data();
-        arguments.red_output_LUT = table_set.tables[5].data();
+        attach_tables(arguments, table_set.pointers());
         arguments.blue_clamp_max = arguments.green_clamp_max = arguments.red_clamp_max = 65535;
         arguments.pixel_count = pixel_count;
     }

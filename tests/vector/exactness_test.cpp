@@ -83,7 +83,7 @@ constexpr unsigned caller_mxcsr[] = {0x1F80, 0xFFC0, 0x5F3F, 0x3FA1};
 
 template <typename T>
 void check_guarded(const Vector_library& library, const Options& o, const std::vector<uint16_t>& pixels, int32_t n,
-                   const Table_set& tables, const std::array<const LUT_entry*, 6>& guarded_tables, bool at_end)
+                   const Table_set& tables, const Table_pointers& guarded_tables, bool at_end)
 {
     const float matrix[9] = {0.9f, 0.05f, 0.05f, 0.1f, 0.8f, 0.1f, 0.0f, 0.3f, 0.7f};
     Options_case<T> test(o, pixels, matrix, n, tables);
@@ -93,9 +93,7 @@ void check_guarded(const Vector_library& library, const Options& o, const std::v
     const Guarded_memory output(test.engine_output.data(), bytes, at_end);
     auto record = test.for_engine();
     record.input_buffer = input.copy<uint16_t>(), record.output_buffer = output.copy<T>();
-    const auto& g = guarded_tables;
-    record.blue_input_LUT = g[0], record.green_input_LUT = g[1], record.red_input_LUT = g[2];
-    record.blue_output_LUT = g[3], record.green_output_LUT = g[4], record.red_output_LUT = g[5];
+    attach_tables(record, guarded_tables);
     scalar_process(record, library.transform(record));
     EXPECT_EQ(std::memcmp(output.copy<T>(), test.reference_output.data(), bytes), 0) << describe(o) << ", " << n;
 }
@@ -230,7 +228,7 @@ TEST_P(Vector_library_test, NoAccessOutsideBuffersAndTablesInAnyLayout)
     Sample_source source(11u);
     for (const bool at_end : {true, false}) {
         std::vector<std::unique_ptr<Guarded_memory>> guarded;
-        std::array<const LUT_entry*, 6> guarded_tables{};
+        Table_pointers guarded_tables{};
         for (std::size_t t = 0; t < 6; ++t) {
             guarded.push_back(std::make_unique<Guarded_memory>(tables.tables[t].data(), 65536 * sizeof(LUT_entry), at_end));
             guarded_tables[t] = guarded.back()->copy<LUT_entry>();
