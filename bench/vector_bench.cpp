@@ -7,7 +7,12 @@
 // The runs of the three levels and of the memcpy take turns, so that a slower spell of a shared
 // machine falls on all of them rather than on one, and the ratios compare like with like.
 //
-//   vector_bench [runs]        (default 7)
+// Case (a)'s tables are, by default, ones that scatter a smooth image's values over the whole
+// range (the input tables multiply by 7), so its output look-ups land anywhere. With
+// --tone-curves they are gamma curves instead, as a photographer's would be, and the look-ups of
+// a smooth image walk through each table in order.
+//
+//   vector_bench [runs] [--tone-curves]        (default 7 runs)
 #include <corvane_xvr_color_processing.h>
 
 #include "modules/loaded_vector_library.hpp"
@@ -101,9 +106,20 @@ const Case cases[] = {
      NQ_COLOR_FORMAT_BGR_PIXEL, false, 0, false, false},
 };
 
+enum class Tables { scattering, tone_curves };
+
+// Entry k of table t: input tables 0..2, output tables 3..5. The scattering input tables also set
+// bits above the 16 the matrix reads.
+int32_t table_entry(Tables kind, int t, int32_t k)
+{
+    if (kind == Tables::scattering) return t < 3 ? ((k * 7 + t) & 0xFFFF) | (t << 20) : 65535 - k;
+    const double gamma = t < 3 ? 1.0 / (2.0 + 0.1 * t) : 2.2 + 0.1 * (t - 3);
+    return static_cast<int32_t>(65535.0 * std::pow(k / 65535.0, gamma) + 0.5);
+}
+
 class Processor {
 public:
-    explicit Processor(int level) : m_handle(nq_color_create_color_processor_test(16, 16, level))
+    Processor(int level, Tables kind) : m_handle(nq_color_create_color_processor_test(16, 16, level))
     {
         if (m_handle == nullptr) return;
         const float matrix[9] = {1.164f, 0.0f, 1.596f, 1.164f, -0.392f, -0.813f, 1.164f, 2.017f, 0.0f};
@@ -113,7 +129,7 @@ public:
                                                nq_color_get_green_output_LUT, nq_color_get_red_output_LUT};
         for (int t = 0; t < 6; ++t) {
             int32_t* table = getters[t](m_handle);
-            for (int32_t k = 0; k < 65536; ++k) table[k] = t < 3 ? ((k * 7 + t) & 0xFFFF) | (t << 20) : 65535 - k;
+            for (int32_t k = 0; k < 65536; ++k) table[k] = table_entry(kind, t, k);
         }
     }
     ~Processor() { nq_color_destroy_color_processor(m_handle); }
@@ -158,16 +174,18 @@ std::size_t output_bytes(const Case& c)
 int main(int argc, char** argv)
 {
     const int runs = argc > 1 ? std::max(1, std::atoi(argv[1])) : 7;
+    const Tables tables = argc > 2 && std::strcmp(argv[2], "--tone-curves") == 0 ? Tables::tone_curves : Tables::scattering;
     if (nq_color_processing_module_initialize() != NQ_COLOR_NO_ERROR) {
         std::fprintf(stderr, "libcorvane_xvr_LUT.so not found\n");
         return 1;
     }
     int status = 0;
     {
-        const Processor processors[3] = {Processor(0), Processor(1), Processor(2)};
+        const Processor processors[3] = {Processor(0, tables), Processor(1, tables), Processor(2, tables)};
         const bool active[3] = {true, loaded_vector_library(1).starts, loaded_vector_library(2).starts};
-        std::printf("%d x %d pixels, median of %d runs, ns/pixel; SSE4.1 library %s, AVX2 library %s\n", width, height,
-                    runs, active[1] ? "active" : "NOT ACTIVE", active[2] ? "active" : "NOT ACTIVE");
+        std::printf("%d x %d pixels, median of %d runs, ns/pixel; SSE4.1 library %s, AVX2 library %s; tables of (a): %s\n",
+                    width, height, runs, active[1] ? "active" : "NOT ACTIVE", active[2] ? "active" : "NOT ACTIVE",
+                    tables == Tables::tone_curves ? "tone curves" : "scattering");
         const std::vector<uint16_t> frames[2] = {random_frame(), smooth_frame()};
         const char* frame_names[2] = {"random", "smooth"};
         std::vector<uint16_t> copy(samples);
