@@ -10,9 +10,11 @@
 // Case (a)'s tables are, by default, ones that scatter a smooth image's values over the whole
 // range (the input tables multiply by 7), so its output look-ups land anywhere. With
 // --tone-curves they are gamma curves instead, as a photographer's would be, and the look-ups of
-// a smooth image walk through each table in order.
+// a smooth image walk through each table in order. With --gentle the smooth image's gradients
+// are a tenth as steep, like most of a photograph's, so consecutive look-ups often share a cache
+// line.
 //
-//   vector_bench [runs] [--tone-curves]        (default 7 runs)
+//   vector_bench [runs] [--tone-curves] [--gentle]        (default 7 runs)
 #include <corvane_xvr_color_processing.h>
 
 #include "modules/loaded_vector_library.hpp"
@@ -72,16 +74,18 @@ std::vector<uint16_t> random_frame()
 }
 
 // Waves across the frame, different per channel, like the steepest gradients of a photograph:
-// neighbouring pixels differ by up to about 100 codes, so consecutive look-ups walk through a
-// table in order rather than at random, yet still reach a new cache line at almost every pixel.
-std::vector<uint16_t> smooth_frame()
+// neighbouring pixels differ by up to about 100 codes (10 when `gentle`), so consecutive look-ups
+// walk through a table in order rather than at random, yet still reach a new cache line at almost
+// every pixel.
+std::vector<uint16_t> smooth_frame(bool gentle)
 {
+    const double scale = gentle ? 10.0 : 1.0;
     std::vector<uint16_t> frame(samples);
     for (int32_t y = 0; y < height; ++y) {
         for (int32_t x = 0; x < width; ++x) {
             const std::size_t i = static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x);
             for (std::size_t c = 0; c < 3; ++c) {
-                const double wave = std::sin(x / (300.0 + 70.0 * c) + y / (450.0 - 50.0 * c) + c);
+                const double wave = std::sin(x / (scale * (300.0 + 70.0 * c)) + y / (scale * (450.0 - 50.0 * c)) + c);
                 frame[3 * i + c] = static_cast<uint16_t>(32768.0 + 30000.0 * wave * (0.6 + 0.4 * x / width));
             }
         }
@@ -174,7 +178,14 @@ std::size_t output_bytes(const Case& c)
 int main(int argc, char** argv)
 {
     const int runs = argc > 1 ? std::max(1, std::atoi(argv[1])) : 7;
-    const Tables tables = argc > 2 && std::strcmp(argv[2], "--tone-curves") == 0 ? Tables::tone_curves : Tables::scattering;
+    auto option = [&](const char* name) {
+        for (int k = 2; k < argc; ++k) {
+            if (std::strcmp(argv[k], name) == 0) return true;
+        }
+        return false;
+    };
+    const Tables tables = option("--tone-curves") ? Tables::tone_curves : Tables::scattering;
+    const bool gentle = option("--gentle");
     if (nq_color_processing_module_initialize() != NQ_COLOR_NO_ERROR) {
         std::fprintf(stderr, "libcorvane_xvr_LUT.so not found\n");
         return 1;
@@ -186,8 +197,8 @@ int main(int argc, char** argv)
         std::printf("%d x %d pixels, median of %d runs, ns/pixel; SSE4.1 library %s, AVX2 library %s; tables of (a): %s\n",
                     width, height, runs, active[1] ? "active" : "NOT ACTIVE", active[2] ? "active" : "NOT ACTIVE",
                     tables == Tables::tone_curves ? "tone curves" : "scattering");
-        const std::vector<uint16_t> frames[2] = {random_frame(), smooth_frame()};
-        const char* frame_names[2] = {"random", "smooth"};
+        const std::vector<uint16_t> frames[2] = {random_frame(), smooth_frame(gentle)};
+        const char* frame_names[2] = {"random", gentle ? "gentle" : "smooth"};
         std::vector<uint16_t> copy(samples);
         std::printf("memcpy: of the same input (6 bytes/pixel), beside each case\n");
         for (const Case& c : cases) {
