@@ -5,6 +5,7 @@
 // buffers and tables against inaccessible pages.
 #include "control_words.hpp"
 #include "direct_calls.hpp"
+#include "exactness_tier.hpp"
 #include "guarded_memory.hpp"
 
 #include <gtest/gtest.h>
@@ -29,7 +30,7 @@ struct Exactness_case {
     const char* name;
     std::array<float, 9> matrix;  // row-major, rows yield red, green, blue
     Pixels pixels;
-    bool claimed;  // false: the matrix must be left to the scalar engine
+    Exactness_tier tier;  // scalar_only: the matrix must be left to the scalar engine
 };
 
 constexpr float inf = std::numeric_limits<float>::infinity();
@@ -37,29 +38,34 @@ constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr float two_to_minus_60 = 8.6736174e-19f;
 
 const Exactness_case cases[] = {
-    {"ordinary", {0.299f, 0.587f, 0.114f, -0.168736f, -0.331264f, 0.5f, 0.5f, -0.418688f, -0.081312f}, Pixels::random, true},
+    {"ordinary", {0.299f, 0.587f, 0.114f, -0.168736f, -0.331264f, 0.5f, 0.5f, -0.418688f, -0.081312f},
+     Pixels::random, Exactness_tier::fixed_point},
     {"small coefficients near 2^-11", {1.1f, 0.000488f, -0.000977f, -0.00049f, 0.9f, 0.0012f, 0.25f, 0.000611f, 1.3f},
-     Pixels::random, true},
-    {"exact ties", {0.5f, 0.5f, 0.5f, 1.5f, 0, 0, 0.25f, 0.25f, 0.5f}, Pixels::limits, true},
-    {"all zero", {0, 0, 0, 0, 0, 0, 0, 0, 0}, Pixels::random, true},
+     Pixels::random, Exactness_tier::plain},
+    {"exact ties", {0.5f, 0.5f, 0.5f, 1.5f, 0, 0, 0.25f, 0.25f, 0.5f}, Pixels::limits, Exactness_tier::fixed_point},
+    {"all zero", {0, 0, 0, 0, 0, 0, 0, 0, 0}, Pixels::random, Exactness_tier::fixed_point},
     {"fixed-point pieces near their 32-bit limits", {8000, -8000, 8000, -8000, 8000, -8000, 7999.5f, 0.25f, -8000},
-     Pixels::limits, true},
-    {"int32 limits", {32768, 0.5f, 0.5f, -32768, -0.5f, 0, 32768, 0.5f, -0.5f}, Pixels::limits, true},
-    {"identity with tiny cross terms", {1, 1e-5f, -3e-6f, 2e-6f, 1, 1e-5f, -1e-5f, 5e-6f, 1}, Pixels::random, true},
-    {"huge coefficients", {3e9f, 0.75f, 1, -4e9f, 1, 0.25f, 65536, -1.5e9f, 0.75f}, Pixels::random, true},
+     Pixels::limits, Exactness_tier::fixed_point},
+    {"int32 limits", {32768, 0.5f, 0.5f, -32768, -0.5f, 0, 32768, 0.5f, -0.5f}, Pixels::limits, Exactness_tier::plain},
+    {"identity with tiny cross terms", {1, 1e-5f, -3e-6f, 2e-6f, 1, 1e-5f, -1e-5f, 5e-6f, 1},
+     Pixels::random, Exactness_tier::compensated},
+    {"huge coefficients", {3e9f, 0.75f, 1, -4e9f, 1, 0.25f, 65536, -1.5e9f, 0.75f},
+     Pixels::random, Exactness_tier::plain},
     // On cancelling pixels the sum lies 2^-25 times green from an integer; plain double
     // arithmetic, which rounds the large intermediate, lands on the integer instead. The first
     // matrix needs 56 bits, the fewest for which that happens, the second up to 62.
     {"exact only with error terms, 56 bits", {8192, 0.49999997f, -8192, 8192, 0.49999997f, -8192, -8192, 0.49999997f, 8192},
-     Pixels::cancelling, true},
+     Pixels::cancelling, Exactness_tier::compensated},
     {"exact only with error terms, 62 bits",
-     {524288, 0.49999997f, -524288, 16384, 0.49999997f, -16384, 262144, -0.49999997f, -262144}, Pixels::cancelling, true},
-    {"NaN and infinities", {nan, 1, 0, inf, 0, 1, inf, -inf, 1}, Pixels::limits, true},
-    {"infinite row beside a spread row", {1, two_to_minus_60, 0, -inf, 1, 0, 0, 0, 1}, Pixels::random, false},
-    {"a spread", {1, two_to_minus_60, 0, 0, 1, 0, 0, 0, 1}, Pixels::cancelling, false},
-    {"a subnormal coefficient", {1, 1e-40f, 0, 0, 1, 0, 0, 0, 1}, Pixels::random, false},
+     {524288, 0.49999997f, -524288, 16384, 0.49999997f, -16384, 262144, -0.49999997f, -262144},
+     Pixels::cancelling, Exactness_tier::compensated},
+    {"NaN and infinities", {nan, 1, 0, inf, 0, 1, inf, -inf, 1}, Pixels::limits, Exactness_tier::plain},
+    {"infinite row beside a spread row", {1, two_to_minus_60, 0, -inf, 1, 0, 0, 0, 1},
+     Pixels::random, Exactness_tier::scalar_only},
+    {"a spread", {1, two_to_minus_60, 0, 0, 1, 0, 0, 0, 1}, Pixels::cancelling, Exactness_tier::scalar_only},
+    {"a subnormal coefficient", {1, 1e-40f, 0, 0, 1, 0, 0, 0, 1}, Pixels::random, Exactness_tier::scalar_only},
     {"cancellation beyond 64 bits", {1125899906842624.0f, 1.25f, -1125899906842624.0f, 0, 1, 0, 0, 0, 1},
-     Pixels::cancelling, false},
+     Pixels::cancelling, Exactness_tier::scalar_only},
 };
 
 std::vector<uint16_t> make_pixels(Pixels kind, int32_t n, int format, Sample_source& source)
@@ -140,6 +146,8 @@ TEST_P(Vector_library_test, EveryCaseMatchesTheScalarEngineAndClaimsAsItsTierAll
     const int32_t counts[] = {INT32_MIN, -1, 0, 1, step - 1, step, step + 1, 64 * step + 3};
     Sample_source source(99u);
     for (const Exactness_case& c : cases) {
+        Fixed_point_matrix form;
+        EXPECT_EQ(exactness_tier(c.matrix.data(), form), c.tier) << c.name;
         for (int variant = 0; variant < 32; ++variant) {  // the matrix alone first, then random options
             const Options o = variant == 0 ? Options{1, 1, {}, {}, {}, false, false}
                                            : decode_options(source.uniform(0, option_combinations - 1));
@@ -149,7 +157,8 @@ TEST_P(Vector_library_test, EveryCaseMatchesTheScalarEngineAndClaimsAsItsTierAll
             const std::string context = std::string(c.name) + ", " + describe(o) + ", " + std::to_string(n) + " pixels";
             const int claimed = o.eight_bit ? compare<uint8_t>(o, input, c.matrix.data(), n, mxcsr, context)
                                             : compare<uint16_t>(o, input, c.matrix.data(), n, mxcsr, context);
-            EXPECT_EQ(claimed, c.claimed && n >= step ? n - n % step : 0) << context;
+            const bool claims = c.tier != Exactness_tier::scalar_only && n >= step;
+            EXPECT_EQ(claimed, claims ? n - n % step : 0) << context;
             if (HasFailure()) return;
         }
     }
@@ -158,10 +167,12 @@ TEST_P(Vector_library_test, EveryCaseMatchesTheScalarEngineAndClaimsAsItsTierAll
 // Matrices drawn at random across the tiers' limits: coefficients of either sign with 1 to 24
 // significant bits, a sixth of them 0, magnitudes up to 2^13 in every other matrix (about one
 // in five then has a fixed-point form) and from 2^-25 to 2^15 in the others, so that rows fall
-// on both sides of every bound of the fixed-point form and of the plain tier.
+// on both sides of every bound of the fixed-point form and of the plain tier. Each tier must be
+// reached often enough to be tested.
 TEST_P(Vector_library_test, RandomMatricesMatchTheScalarEngine)
 {
     Sample_source source(5u);
+    int matrices_of_tier[4] = {};
     for (int m = 0; m < 400; ++m) {
         std::array<float, 9> matrix{};
         for (float& c : matrix) {
@@ -171,6 +182,8 @@ TEST_P(Vector_library_test, RandomMatricesMatchTheScalarEngine)
             const int magnitude = m % 2 == 0 ? source.uniform(-10, 13) : source.uniform(-24, 15);
             c = source.uniform(0, 5) == 0 ? 0.0f : sign * std::ldexp(mantissa, magnitude - bits);
         }
+        Fixed_point_matrix form;
+        ++matrices_of_tier[static_cast<int>(exactness_tier(matrix.data(), form))];
         const Options o = decode_options(source.uniform(0, option_combinations - 1));
         const int32_t n = 67;
         const std::vector<uint16_t> input = make_pixels(m / 2 % 2 == 0 ? Pixels::random : Pixels::limits, n, o.input_format, source);
@@ -181,6 +194,9 @@ TEST_P(Vector_library_test, RandomMatricesMatchTheScalarEngine)
             compare<uint16_t>(o, input, matrix.data(), n, caller_mxcsr[0], context);
         }
         if (HasFailure()) return;
+    }
+    for (const int count : matrices_of_tier) {
+        EXPECT_GE(count, 20) << "matrices per tier (fixed point, plain, compensated, scalar only)";
     }
 }
 
