@@ -2,7 +2,6 @@
 
 #include "tool_error.hpp"
 
-#include "modules/loaded_vector_library.hpp"
 #include "vector_capability.hpp"
 
 namespace xvr_color {
@@ -25,10 +24,10 @@ const char* level_name(int level)
 
 int Vector_level_report::level_in_use() const
 {
-    if (chosen_level == 2 && avx2_library_started) {
+    if (chosen_level == 2 && avx2.starts) {
         return 2;
     }
-    if (chosen_level >= 1 && sse_library_started) {
+    if (chosen_level >= 1 && sse.starts) {
         return 1;
     }
     return 0;
@@ -45,7 +44,7 @@ std::string Vector_level_report::description() const
     }
     // The level above the one that ran, which was wanted and did not.
     const int missed = chosen_level >= 2 && in_use < 2 ? 2 : 1;
-    const bool loaded = missed == 2 ? avx2_library_loaded : sse_library_loaded;
+    const bool loaded = missed == 2 ? avx2.loaded : sse.loaded;
     if (loaded) {
         return text + "; " + chosen + ", but " + vector_library_file(missed) + " refused to start on this processor";
     }
@@ -68,11 +67,8 @@ Vector_level_report report_vector_level(const Vector_choice& choice)
     Vector_level_report report;
     report.automatic = choice.automatic;
     report.chosen_level = choice.automatic ? detect_vector_level() : choice.level;
-    const Loaded_vector_library sse = loaded_vector_library(1), avx2 = loaded_vector_library(2);
-    report.sse_library_loaded = sse.loaded;
-    report.avx2_library_loaded = avx2.loaded;
-    report.sse_library_started = sse.starts;
-    report.avx2_library_started = avx2.starts;
+    report.sse = loaded_vector_library(1);
+    report.avx2 = loaded_vector_library(2);
     return report;
 }
 

@@ -6,6 +6,8 @@
 
 #include "options.hpp"
 
+#include "modules/loaded_vector_library.hpp"
+
 #include <string>
 
 namespace xvr_color {
@@ -13,10 +15,8 @@ namespace xvr_color {
 struct Vector_level_report {
     bool automatic = true;
     int chosen_level = 0; // detected (auto) or forced
-    bool sse_library_loaded = false;
-    bool avx2_library_loaded = false;
-    bool sse_library_started = false; // loaded and its initialize accepts this processor
-    bool avx2_library_started = false;
+    Loaded_vector_library sse;
+    Loaded_vector_library avx2;
 
     // The level whose code runs the bulk of the pixels: 2 or 1 when that vector library is
     // loaded and started, else the scalar level 0.
