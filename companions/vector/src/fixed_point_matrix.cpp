@@ -38,10 +38,10 @@ Pieces pieces_of(int64_t value)
     return {(value - low) / (int64_t{1} << piece_bits), low};
 }
 
-// m * 2^scale as an integer when it has at most largest_coefficient_bits bits; false otherwise.
-bool scaled_coefficient(float m, int scale, int64_t& scaled)
+// m * 2^scale as an integer, from m's magnitude, when it has at most largest_coefficient_bits
+// bits; false otherwise.
+bool scaled_coefficient(float m, const Scaled_integer& magnitude, int scale, int64_t& scaled)
 {
-    const Scaled_integer magnitude = scaled_magnitude(m);
     if (magnitude.integer == 0) {
         scaled = 0;
         return true;
@@ -56,17 +56,18 @@ bool scaled_coefficient(float m, int scale, int64_t& scaled)
 bool fixed_point_row(const float* row, Fixed_point_row& form)
 {
     int unit = -1;  // the half of the rounding has one fraction bit
+    Scaled_integer magnitudes[3];
     for (int k = 0; k < 3; ++k) {
         if (!is_finite(row[k])) return false;
-        const Scaled_integer magnitude = scaled_magnitude(row[k]);
-        if (magnitude.integer != 0) unit = std::min(unit, magnitude.exponent);
+        magnitudes[k] = scaled_magnitude(row[k]);
+        if (magnitudes[k].integer != 0) unit = std::min(unit, magnitudes[k].exponent);
     }
     const int scale = std::max(-unit, smallest_scale);
     if (scale > largest_scale) return false;
 
     int64_t scaled[3];
     for (int k = 0; k < 3; ++k) {
-        if (!scaled_coefficient(row[k], scale, scaled[k])) return false;
+        if (!scaled_coefficient(row[k], magnitudes[k], scale, scaled[k])) return false;
     }
     const int64_t half = int64_t{1} << (scale - 1);
 
